@@ -1,0 +1,122 @@
+// One line pair through the single-pass pipeline: front end in place, statistics, sink.
+#pragma once
+
+#include "kernels/single/sinks.inl.h"
+#include "kernels/single/statistics.inl.h"
+
+namespace ppl::TIER {
+namespace {
+
+// A line pair of the mosaic.
+struct LinePair {
+  uint8_t *line[2];
+
+  LinePair from(int column) const { return {{line[0] + column, line[1] + column}}; }
+};
+
+// What a pass does with the sampled lattice.
+enum class Sampling {
+  as_stated,
+  // P3 tier to RGB24: the sum of R takes the sum of Gb, and the mask that splits even from odd
+  // columns is lost to the sum of R for the rest of the frame. Required behaviour.
+  losing_the_mask,
+};
+
+// The state of a pass over a frame.
+template <class Sink, Sampling sampling>
+struct SinglePass {
+  static constexpr int group = Vec::bytes;
+  static constexpr int block = 2 * group;
+
+  const FrontEndTables &tables;
+  Sink sink;
+  Statistics statistics;
+  Vec::type even_columns = Vec::words(0x00FF);
+
+  SinglePass(PplContext &ctx, const FrontEndTables &front_end)
+      : tables(front_end), sink(parameters_of(ctx)), statistics(ctx) {}
+
+  // Puts a group's samples through the curve, in the frame too.
+  Group front_end(const LinePair &at) const {
+    const Group g = {{look_up(tables.line[0], at.line[0]), look_up(tables.line[1], at.line[1])}};
+    Vec::store(at.line[0], g.line[0]);
+    Vec::store(at.line[1], g.line[1]);
+    return g;
+  }
+
+  void emit(const Sink &to, int x, const Group &g) const {
+    to.write(x, Cells::split(g.line[0], g.line[1], even_columns));
+  }
+
+  void sample(const Group &left, const Group &right, const Group &left_after_curve,
+              Vec::type valid) {
+    constexpr bool loses = sampling == Sampling::losing_the_mask;
+    const auto R = statistics.template sample<loses>(left, right, left_after_curve, valid);
+    if constexpr (loses) even_columns = R;
+  }
+
+  // `width` columns, an even number. `sampled` for the line pairs of the lattice.
+  void run(const LinePair &pair, int width, bool sampled) {
+    int x = 0;
+    if (sampled) {
+      for (; x + block <= width; x += block) {
+        const LinePair at = pair.from(x);
+        const Group left = Group::load(at.line[0], at.line[1]);
+        const Group left_after_curve = front_end(at);
+        emit(sink, x, left_after_curve);
+        const LinePair next = at.from(group);
+        sample(left, Group::load(next.line[0], next.line[1]), left_after_curve, every_cell());
+        emit(sink, x + group, front_end(next));
+      }
+    } else {
+      for (; x + group <= width; x += group) emit(sink, x, front_end(pair.from(x)));
+    }
+    if (x < width) run_tail(pair.from(x), x, width - x, sampled);
+  }
+
+  // The last columns, fewer than a block: through a copy, so that nothing behind them is touched.
+  [[gnu::noinline]] void run_tail(const LinePair &pair, int x, int columns, bool sampled) {
+    alignas(Vec::bytes) uint8_t samples[2][block];
+    for (int line = 0; line < 2; ++line) {
+      for (int i = 0; i < block; ++i) samples[line][i] = i < columns ? pair.line[line][i] : 0;
+    }
+    uint8_t out[Sink::planes][block * Sink::unit_bytes];
+    Sink local = sink;
+    for (int i = 0; i < Sink::planes; ++i) {
+      const int units = block / Sink::columns_per_unit[i];
+      local.plane[i] = out[i] + (Sink::mirrored ? Sink::unit_bytes * (units - 1) : 0);
+    }
+
+    const LinePair at = {{samples[0], samples[1]}};
+    const LinePair next = at.from(group);
+    const Group left = Group::load(at.line[0], at.line[1]);
+    const Group right = Group::load(next.line[0], next.line[1]);
+    const bool has_right = columns > group;
+    const Group left_after_curve = front_end(at);
+    // A last group without a right neighbour is sampled before its own output is made.
+    if (has_right) emit(local, 0, left_after_curve);
+    if (sampled) sample(left, right, left_after_curve, cells_within(columns));
+    if (has_right) {
+      emit(local, group, front_end(next));
+    } else {
+      emit(local, 0, left_after_curve);
+    }
+
+    for (int line = 0; line < 2; ++line) {
+      for (int i = 0; i < columns; ++i) pair.line[line][i] = samples[line][i];
+    }
+    for (int i = 0; i < Sink::planes; ++i) {
+      const int units = columns / Sink::columns_per_unit[i];
+      const int first = x / Sink::columns_per_unit[i];
+      const uint8_t *const from = place<Sink::mirrored>(local.plane[i], Sink::unit_bytes, 0, units);
+      uint8_t *const to = place<Sink::mirrored>(sink.plane[i], Sink::unit_bytes, first, units);
+      for (int j = 0; j < units * Sink::unit_bytes; ++j) to[j] = from[j];
+    }
+  }
+};
+
+// Whether the lattice has cells in line pair p.
+inline bool is_sampled_pair(int p) { return p % 2 != 0; }
+
+}  // namespace
+}  // namespace ppl::TIER
