@@ -14,12 +14,12 @@ struct Cells {
   Vec::type B, Gb, Gr, R, Ga;
 
   // `even_columns` is 0x00FF in each word, but for the one pass that loses it.
-  static Cells split(Vec::type line0, Vec::type line1, Vec::type even_columns) {
+  static Cells split(const Group &samples, Vec::type even_columns) {
     Cells c;
-    c.B = Vec::bit_and(line0, even_columns);
-    c.Gb = Vec::shift_right_words<8>(line0);
-    c.Gr = Vec::bit_and(line1, even_columns);
-    c.R = Vec::shift_right_words<8>(line1);
+    c.B = Vec::bit_and(samples.line[0], even_columns);
+    c.Gb = Vec::shift_right_words<8>(samples.line[0]);
+    c.Gr = Vec::bit_and(samples.line[1], even_columns);
+    c.R = Vec::shift_right_words<8>(samples.line[1]);
     c.Ga = Vec::average_words(c.Gb, c.Gr);
     return c;
   }
@@ -61,6 +61,15 @@ inline Vec::type to_studio_chroma(Vec::type c) {
   return Vec::add_u8(held, Vec::bytes_all(144));
 }
 
+// Interleaves a value per pixel from those of the Ga, Gb and Gr sites, clamped to bytes.
+inline void interleave_sites(Vec::type at_Ga, Vec::type at_Gb, Vec::type at_Gr, Vec::type &line0,
+                             Vec::type &line1) {
+  const auto Ga_twice = Vec::pack_u8(at_Ga, at_Ga);
+  const auto Gb_and_Gr = Vec::pack_u8(at_Gb, at_Gr);
+  line0 = Vec::interleave_low_u8(Ga_twice, Gb_and_Gr);
+  line1 = Vec::interleave_high_u8(Gb_and_Gr, Ga_twice);
+}
+
 struct YuvMatrix {
   MatrixRow y, u, v;
 
@@ -72,11 +81,16 @@ struct YuvMatrix {
   // The luma of both lines, one byte a pixel.
   void luma(const Cells &c, Vec::type &line0, Vec::type &line1) const {
     const auto rest = y.without_green(c);
-    const auto at_Ga = y.with_green(rest, c.Ga);
-    const auto Ga_twice = Vec::pack_u8(at_Ga, at_Ga);
-    const auto Gb_and_Gr = Vec::pack_u8(y.with_green(rest, c.Gb), y.with_green(rest, c.Gr));
-    line0 = to_studio_luma(Vec::interleave_low_u8(Ga_twice, Gb_and_Gr));
-    line1 = to_studio_luma(Vec::interleave_high_u8(Gb_and_Gr, Ga_twice));
+    interleave_sites(y.with_green(rest, c.Ga), y.with_green(rest, c.Gb), y.with_green(rest, c.Gr),
+                     line0, line1);
+    line0 = to_studio_luma(line0);
+    line1 = to_studio_luma(line1);
+  }
+
+  // The luma of the B sites, one byte a cell in the low half.
+  Vec::type luma_of_cells(const Cells &c) const {
+    const auto at_Ga = y.of_cell(c);
+    return to_studio_luma(Vec::pack_u8(at_Ga, at_Ga));
   }
 
   // U in the low half, V in the high half, one byte a cell.
@@ -92,6 +106,22 @@ struct RgbMatrix {
       : r(MatrixRow::load(p.rgb_base1_vec, p.offset_rgb_vec.lane[0])),
         g(MatrixRow::load(p.rgb_base1_vec + 3, p.offset_rgb_vec.lane[0])),
         b(MatrixRow::load(p.rgb_base1_vec + 6, p.offset_rgb_vec.lane[0])) {}
+
+  // B in the low half, R in the high half, one byte a cell.
+  Vec::type blue_and_red(const Cells &c) const { return Vec::pack_u8(b.of_cell(c), r.of_cell(c)); }
+
+  // The green of both lines, one byte a pixel.
+  void green(const Cells &c, Vec::type &line0, Vec::type &line1) const {
+    const auto rest = g.without_green(c);
+    interleave_sites(g.with_green(rest, c.Ga), g.with_green(rest, c.Gb), g.with_green(rest, c.Gr),
+                     line0, line1);
+  }
+
+  // The green of the B sites, one byte a cell in the low half.
+  Vec::type green_of_cells(const Cells &c) const {
+    const auto at_Ga = g.of_cell(c);
+    return Vec::pack_u8(at_Ga, at_Ga);
+  }
 };
 
 }  // namespace

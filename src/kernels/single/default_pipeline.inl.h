@@ -1,6 +1,7 @@
 // Quality 3: demosaic within the cell, constant colour matrix. Unscaled, in five formats.
 #pragma once
 
+#include "kernels/single/placement.inl.h"
 #include "kernels/single/sweep.inl.h"
 #include "kernels/tier.h"
 
@@ -10,79 +11,99 @@ namespace {
 // Sets a sink's planes to the two lines of line pair p.
 template <bool mirrored>
 void aim(PlanarYuvSink<mirrored> &sink, const PplContext &ctx, const Buffers &b, int p) {
-  const int width = ctx.out_width;
-  const int half = width / 2;
-  const bool v = ctx.v_mirror != 0;
-  for (int line = 0; line < 2; ++line) {
-    const int y = 2 * p + line;
-    sink.plane[line] = b.dst + (v ? ctx.out_size - (y + 1) * width : y * width);
-  }
-  // With both mirrors the chroma stands a line lower than it should, V's first line on U's last.
-  // Required behaviour.
-  const int displaced = v && mirrored ? half : 0;
-  sink.plane[2] = b.dst_chroma + (v ? ctx.out_size_4 - (p + 1) * half : p * half) - displaced;
-  if (mirrored) {
-    sink.plane[0] += width - 1;
-    sink.plane[1] += width - 1;
-    sink.plane[2] += half - 1;
-  }
+  const int last = mirrored ? ctx.out_width - 1 : 0;
+  const int last_chroma = mirrored ? ctx.out_width / 2 - 1 : 0;
+  sink.plane[0] = b.dst + line_start(ctx, 2 * p, false) + last;
+  sink.plane[1] = b.dst + line_start(ctx, 2 * p + 1, false) + last;
+  // With both mirrors the chroma stands one line too low in memory: U's first line falls on the
+  // last line of Y, V's on the last of U. Required behaviour.
+  const int displaced = mirrored && ctx.v_mirror != 0 ? ctx.out_width / 2 : 0;
+  sink.plane[2] = b.dst_chroma + chroma_line_start(ctx, p) - displaced + last_chroma;
   sink.plane[3] = sink.plane[2] + ctx.out_size_4;
+}
+
+template <class Sink>
+void aim_packed(Sink &sink, const PplContext &ctx, const Buffers &b, int p, bool bottom_up) {
+  const int last = Sink::mirrored ? ctx.out_width - 1 : 0;
+  for (int line = 0; line < 2; ++line) {
+    const int start = line_start(ctx, 2 * p + line, bottom_up);
+    sink.plane[line] = b.dst + Sink::unit_bytes * (start + last);
+  }
 }
 
 template <bool luma_first, bool mirrored>
 void aim(PackedYuvSink<luma_first, mirrored> &sink, const PplContext &ctx, const Buffers &b,
          int p) {
-  const int width = ctx.out_width;
-  for (int line = 0; line < 2; ++line) {
-    const int y = 2 * p + line;
-    const int first = ctx.v_mirror != 0 ? ctx.out_size - (y + 1) * width : y * width;
-    sink.plane[line] = b.dst + 2 * (first + (mirrored ? width - 1 : 0));
-  }
+  aim_packed(sink, ctx, b, p, false);
 }
 
-// Bottom-up; the vertical mirror makes it top-down.
 template <int pixel_bytes, bool mirrored>
 void aim(RgbSink<pixel_bytes, mirrored> &sink, const PplContext &ctx, const Buffers &b, int p) {
-  const int width = ctx.out_width;
-  for (int line = 0; line < 2; ++line) {
-    const int y = 2 * p + line;
-    const int first = ctx.v_mirror != 0 ? y * width : ctx.out_size - (y + 1) * width;
-    sink.plane[line] = b.dst + pixel_bytes * (first + (mirrored ? width - 1 : 0));
+  // On the steps of a doubled size this pass neither scales nor fills: a line takes half of an
+  // output line, and line pairs move by 2.5 output lines with equal mirror flags and by 1.5 with
+  // one.
+  if (pixel_bytes == 4 && ctx.decimation < 0) {
+    const int width = ctx.out_width;
+    const bool v = ctx.v_mirror != 0;
+    const int sx = mirrored ? -1 : 1;
+    const int sy = v ? -1 : 1;
+    const int pair_step = sx * (width / 2) - (2 * sy + sx) * width;
+    const int first_pair = v ? 0 : ctx.out_size - 2 * width;
+    const int start = first_pair + p * pair_step + (mirrored ? width - 1 : 0);
+    sink.plane[0] = b.dst + pixel_bytes * (start + (v ? 0 : width));
+    sink.plane[1] = b.dst + pixel_bytes * (start + (v ? width : 0));
+    return;
   }
+  aim_packed(sink, ctx, b, p, true);
 }
 
-template <class Sink, Sampling sampling>
+// The size of a frame in whole cells, and whether its lattice is sampled.
+struct CellGrid {
+  int width, pairs;
+  bool collects;
+
+  explicit CellGrid(const PplContext &ctx)
+      : width(ctx.frame_width & ~1),
+        pairs(ctx.frame_height / 2),
+        collects(ctx.mean_collection != 0) {}
+
+  bool samples(int pair) const { return collects && pair % 2 != 0; }
+};
+
+LinePair line_pair(const PplContext &ctx, const Buffers &b, int p) {
+  uint8_t *const line = b.src + 2 * p * ctx.frame_stride;
+  return {{line, line + ctx.frame_stride}};
+}
+
+template <class Sink, Gathering gathering>
 void run_plain(PplContext &ctx, const Buffers &b) {
-  SinglePass<Sink, sampling> pass(ctx, parameters_of(ctx).front_end);
-  const int width = ctx.frame_width & ~1;
-  const int pairs = ctx.frame_height / 2;
-  const bool collects = ctx.mean_collection != 0;
-  uint8_t *line = b.src;
-  for (int p = 0; p < pairs; ++p, line += 2 * ctx.frame_stride) {
+  SinglePass<Sink, gathering> pass(ctx, parameters_of(ctx).front_end);
+  const CellGrid grid(ctx);
+  for (int p = 0; p < grid.pairs; ++p) {
     aim(pass.sink, ctx, b, p);
-    pass.run({{line, line + ctx.frame_stride}}, width, collects && is_sampled_pair(p));
+    pass.run(line_pair(ctx, b, p), 0, grid.width, grid.samples(p));
   }
-  if (collects) pass.statistics.flush();
+  if (grid.collects) pass.statistics.flush();
 }
 
-// Takes the sink for either horizontal direction.
-template <class Straight, class Mirrored, Sampling sampling = Sampling::as_stated>
-void plain(PplContext &ctx, const Buffers &b) {
-  if (ctx.h_mirror != 0) {
-    run_plain<Mirrored, sampling>(ctx, b);
-  } else {
-    run_plain<Straight, sampling>(ctx, b);
-  }
+// Takes the direction of the line.
+template <Pass straight, Pass mirrored>
+void either_way(PplContext &ctx, const Buffers &b) {
+  ctx.h_mirror != 0 ? mirrored(ctx, b) : straight(ctx, b);
 }
 
-constexpr Sampling rgb24_sampling =
-    TIER_BYTES == 8 ? Sampling::losing_the_mask : Sampling::as_stated;
+constexpr bool rgb24_loses_mask = TIER_BYTES == 8;
+constexpr Gathering rgb24_gathering = {.judges_cells = true, .loses_mask = rgb24_loses_mask};
 
-constexpr auto plain_i420 = plain<PlanarYuvSink<false>, PlanarYuvSink<true>>;
-constexpr auto plain_yuyv = plain<PackedYuvSink<true, false>, PackedYuvSink<true, true>>;
-constexpr auto plain_uyvy = plain<PackedYuvSink<false, false>, PackedYuvSink<false, true>>;
-constexpr auto plain_rgb24 = plain<RgbSink<3, false>, RgbSink<3, true>, rgb24_sampling>;
-constexpr auto plain_rgb32 = plain<RgbSink<4, false>, RgbSink<4, true>>;
+// A pass for both directions, by its sinks.
+template <class Straight, class Mirrored, Gathering gathering = Gathering{}>
+constexpr Pass plain = either_way<run_plain<Straight, gathering>, run_plain<Mirrored, gathering>>;
+
+constexpr Pass plain_i420 = plain<PlanarYuvSink<false>, PlanarYuvSink<true>>;
+constexpr Pass plain_yuyv = plain<PackedYuvSink<true, false>, PackedYuvSink<true, true>>;
+constexpr Pass plain_uyvy = plain<PackedYuvSink<false, false>, PackedYuvSink<false, true>>;
+constexpr Pass plain_rgb24 = plain<RgbSink<3, false>, RgbSink<3, true>, rgb24_gathering>;
+constexpr Pass plain_rgb32 = plain<RgbSink<4, false>, RgbSink<4, true>>;
 
 }  // namespace
 }  // namespace ppl::TIER

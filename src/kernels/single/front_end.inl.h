@@ -17,6 +17,15 @@ Parameters &parameters_of(PplContext &ctx) {
 #endif
 }
 
+// A register of samples of each line of a pair.
+struct Group {
+  Vec::type line[2];
+
+  static Group load(const uint8_t *line0, const uint8_t *line1) {
+    return {{Vec::load(line0), Vec::load(line1)}};
+  }
+};
+
 // A register of samples of one line through its line kind's tables. Byte by byte through general
 // registers: stores of single bytes could alias the tables and would stall the next look-up.
 inline Vec::type look_up(const FrontEndTable &table, const uint8_t *samples) {

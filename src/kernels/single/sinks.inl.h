@@ -14,6 +14,42 @@ uint8_t *place(uint8_t *origin, int unit_bytes, int first, int count) {
   return mirrored ? origin - unit_bytes * (first + count - 1) : origin + unit_bytes * first;
 }
 
+// A register of pixels to packed 4:2:2: `luma` a byte a pixel, `chroma` U and V of each pair in
+// turn.
+template <bool luma_first, bool mirrored>
+void put_register(uint8_t *out, Vec::type luma, Vec::type chroma) {
+  // A pair keeps its order of U and V also where the line is mirrored.
+  const auto y = mirrored ? reverse_u8(luma) : luma;
+  const auto uv = mirrored ? Vec::reverse_words(chroma) : chroma;
+  const auto first = luma_first ? y : uv;
+  const auto second = luma_first ? uv : y;
+  Vec::store(out, Vec::interleave_low_u8(first, second));
+  Vec::store(out + Vec::bytes, Vec::interleave_high_u8(first, second));
+}
+
+// A register of pixels to RGB24 or RGB32: B, G, R, and a zero in RGB32.
+template <int pixel_bytes, bool mirrored>
+void put_rgb_register(uint8_t *out, Vec::type b, Vec::type g, Vec::type r) {
+  const auto BG_low = Vec::interleave_low_u8(b, g);
+  const auto BG_high = Vec::interleave_high_u8(b, g);
+  const auto R0_low = Vec::interleave_low_u8(r, Vec::zero());
+  const auto R0_high = Vec::interleave_high_u8(r, Vec::zero());
+  Vec::type pixels[4] = {
+      Vec::interleave_low_words(BG_low, R0_low), Vec::interleave_high_words(BG_low, R0_low),
+      Vec::interleave_low_words(BG_high, R0_high), Vec::interleave_high_words(BG_high, R0_high)};
+  constexpr int step = pixel_bytes * Vec::bytes / 4;
+  for (int i = 0; i < 4; ++i, out += step) {
+    const auto v = mirrored ? Vec::reverse_dwords(pixels[3 - i]) : pixels[i];
+    if constexpr (pixel_bytes == 4) {
+      Vec::store(out, v);
+    } else if (i < 3) {
+      Vec::store_bgr_loosely(out, v);  // what it writes too much, the next one corrects
+    } else {
+      Vec::store_bgr(out, v);
+    }
+  }
+}
+
 // I420: luma of both lines, then U and V.
 template <bool is_mirrored>
 struct PlanarYuvSink {
@@ -27,7 +63,8 @@ struct PlanarYuvSink {
 
   explicit PlanarYuvSink(const Parameters &p) : matrix(p) {}
 
-  void write(int x, const Cells &cells) const {
+  void write(int x, const Group &samples, Vec::type even_columns) const {
+    const Cells cells = Cells::split(samples, even_columns);
     constexpr int n = Vec::bytes;
     Vec::type line0, line1;
     matrix.luma(cells, line0, line1);
@@ -62,25 +99,20 @@ struct PackedYuvSink {
 
   explicit PackedYuvSink(const Parameters &p) : matrix(p) {}
 
-  void write(int x, const Cells &cells) const {
+  void write(int x, const Group &samples, Vec::type even_columns) const {
+    const Cells cells = Cells::split(samples, even_columns);
     Vec::type luma[2];
     matrix.luma(cells, luma[0], luma[1]);
-    const auto chroma = matrix.chroma(cells);
-    // A pair keeps its order of U and V also where the line is mirrored.
-    auto uv = Vec::interleave_low_u8(chroma, Vec::swap_halves(chroma));
-    if constexpr (mirrored) uv = Vec::reverse_words(uv);
+    const auto u_and_v = matrix.chroma(cells);
+    const auto chroma = Vec::interleave_low_u8(u_and_v, Vec::swap_halves(u_and_v));
     for (int line = 0; line < 2; ++line) {
-      const auto y = mirrored ? reverse_u8(luma[line]) : luma[line];
-      const auto first = luma_first ? y : uv;
-      const auto second = luma_first ? uv : y;
-      uint8_t *const out = place<mirrored>(plane[line], unit_bytes, x, Vec::bytes);
-      Vec::store(out, Vec::interleave_low_u8(first, second));
-      Vec::store(out + Vec::bytes, Vec::interleave_high_u8(first, second));
+      put_register<luma_first, mirrored>(place<mirrored>(plane[line], unit_bytes, x, Vec::bytes),
+                                         luma[line], chroma);
     }
   }
 };
 
-// RGB24 and RGB32: B, G, R, and a zero in RGB32. Both pixels of both lines take the cell's B and R.
+// RGB24 and RGB32. Both pixels of both lines take the cell's B and R.
 template <int pixel_bytes, bool is_mirrored>
 struct RgbSink {
   static constexpr bool mirrored = is_mirrored;
@@ -93,53 +125,16 @@ struct RgbSink {
 
   explicit RgbSink(const Parameters &p) : matrix(p) {}
 
-  void write(int x, const Cells &cells) const {
-    const auto BR = Vec::pack_u8(matrix.b.of_cell(cells), matrix.r.of_cell(cells));
+  void write(int x, const Group &samples, Vec::type even_columns) const {
+    const Cells cells = Cells::split(samples, even_columns);
+    const auto BR = matrix.blue_and_red(cells);
     const auto B = Vec::interleave_low_u8(BR, BR);
     const auto R = Vec::interleave_high_u8(BR, BR);
-    const auto R0_low = Vec::interleave_low_u8(R, Vec::zero());
-    const auto R0_high = Vec::interleave_high_u8(R, Vec::zero());
-
-    const auto rest = matrix.g.without_green(cells);
-    const auto at_Ga = matrix.g.with_green(rest, cells.Ga);
-    const auto Ga_twice = Vec::pack_u8(at_Ga, at_Ga);
-    const auto Gb_and_Gr =
-        Vec::pack_u8(matrix.g.with_green(rest, cells.Gb), matrix.g.with_green(rest, cells.Gr));
-    const Vec::type G[2] = {Vec::interleave_low_u8(Ga_twice, Gb_and_Gr),
-                            Vec::interleave_high_u8(Gb_and_Gr, Ga_twice)};
+    Vec::type G[2];
+    matrix.green(cells, G[0], G[1]);
     for (int line = 0; line < 2; ++line) {
-      const auto BG_low = Vec::interleave_low_u8(B, G[line]);
-      const auto BG_high = Vec::interleave_high_u8(B, G[line]);
-      uint8_t *const out = place<mirrored>(plane[line], pixel_bytes, x, Vec::bytes);
-      store_pixels(out, Vec::interleave_low_words(BG_low, R0_low),
-                   Vec::interleave_high_words(BG_low, R0_low),
-                   Vec::interleave_low_words(BG_high, R0_high),
-                   Vec::interleave_high_words(BG_high, R0_high));
-    }
-  }
-
-  static void store_pixels(uint8_t *out, Vec::type a, Vec::type b, Vec::type c, Vec::type d) {
-    if constexpr (mirrored) {
-      store_in_order(out, Vec::reverse_dwords(d), Vec::reverse_dwords(c), Vec::reverse_dwords(b),
-                     Vec::reverse_dwords(a));
-    } else {
-      store_in_order(out, a, b, c, d);
-    }
-  }
-
-  static void store_in_order(uint8_t *out, Vec::type a, Vec::type b, Vec::type c, Vec::type d) {
-    constexpr int step = pixel_bytes * Vec::bytes / 4;
-    if constexpr (pixel_bytes == 4) {
-      Vec::store(out, a);
-      Vec::store(out + step, b);
-      Vec::store(out + 2 * step, c);
-      Vec::store(out + 3 * step, d);
-    } else {
-      // What a store writes too much, the next one corrects.
-      Vec::store_bgr_loosely(out, a);
-      Vec::store_bgr_loosely(out + step, b);
-      Vec::store_bgr_loosely(out + 2 * step, c);
-      Vec::store_bgr(out + 3 * step, d);
+      put_rgb_register<pixel_bytes, mirrored>(
+          place<mirrored>(plane[line], pixel_bytes, x, Vec::bytes), B, G[line], R);
     }
   }
 };

@@ -11,15 +11,6 @@
 namespace ppl::TIER {
 namespace {
 
-// Samples of both lines of a group.
-struct Group {
-  Vec::type line[2];
-
-  static Group load(const uint8_t *line0, const uint8_t *line1) {
-    return {{Vec::load(line0), Vec::load(line1)}};
-  }
-};
-
 // Columns 2 and 3 of each four: the sampled cells' halves of a line, those of `left` first.
 inline Vec::type sampled_pairs(Vec::type left, Vec::type right) {
   return Vec::pack_words(Vec::shift_right_signed_dwords<16>(left),
@@ -79,13 +70,22 @@ inline Vec::type cells_within(int columns) {
   return Vec::load(lanes);
 }
 
+// What a pass takes from the lattice.
+struct Gathering {
+  // Stage Q and the exposure band; otherwise the frame's means alone.
+  bool judges_cells = true;
+  // P3 tier to RGB24: the frame's sum of R takes the sum of Gb, and the mask that splits even from
+  // odd columns is lost to the sum of R for the rest of the frame. Required behaviour.
+  bool loses_mask = false;
+};
+
 class Statistics {
  public:
   explicit Statistics(PplContext &ctx) : ctx_(ctx), p_(parameters_of(ctx)) {}
 
   // One block of an odd line pair: its groups as they came, and the even one after the curve.
   // Returns the sum of R over the sampled cells of stage A.
-  template <bool takes_Gb_for_R>
+  template <Gathering gathering>
   Vec::type sample(const Group &left, const Group &right, const Group &left_after_curve,
                    Vec::type valid) {
     const auto black_BG = load(p_.optical_black_BG_vec);
@@ -97,8 +97,8 @@ class Statistics {
 
     const auto pairs0 = sampled_pairs(left0, Vec::subtract_saturated_u8(right.line[0], black_BG));
     const auto pairs1 = sampled_pairs(left1, Vec::subtract_saturated_u8(right.line[1], black_GR));
-    qualify(pairs0, pairs1, valid);
-    return expose<takes_Gb_for_R>(pairs0, pairs1, left_after_curve, valid);
+    if constexpr (gathering.judges_cells) qualify(pairs0, pairs1, valid);
+    return expose<gathering>(pairs0, pairs1, left_after_curve, valid);
   }
 
   // Adds what was gathered to the context.
@@ -147,7 +147,7 @@ class Statistics {
   }
 
   // Stage A.
-  template <bool takes_Gb_for_R>
+  template <Gathering gathering>
   Vec::type expose(Vec::type pairs0, Vec::type pairs1, const Group &left_after_curve,
                    Vec::type valid) {
     const auto cells =
@@ -156,6 +156,14 @@ class Statistics {
             mixed(left_after_curve.line[1], pairs1, p_.rgb_gain_GR_vec, p_.rgb_delta_GR_vec))
             .masked(valid);
 
+    if constexpr (gathering.judges_cells) judge_exposure(cells, valid);
+    const auto R = Vec::sum_u8(cells.R);
+    const auto Gb = Vec::sum_u8(cells.Gb);
+    all_.add(gathering.loses_mask ? Gb : R, Gb, Vec::sum_u8(cells.Gr), Vec::sum_u8(cells.B));
+    return R;
+  }
+
+  void judge_exposure(const SampledCells &cells, Vec::type valid) {
     const auto lowest =
         Vec::min_words(Vec::min_words(cells.B, cells.Gb), Vec::min_words(cells.Gr, cells.R));
     const auto highest =
@@ -169,11 +177,6 @@ class Statistics {
     const auto passed = cells.masked(inside);
     exposed_.add(Vec::sum_u8(passed.R), Vec::sum_u8(passed.Gb), Vec::sum_u8(passed.Gr),
                  Vec::sum_u8(passed.B));
-
-    const auto R = Vec::sum_u8(cells.R);
-    const auto Gb = Vec::sum_u8(cells.Gb);
-    all_.add(takes_Gb_for_R ? Gb : R, Gb, Vec::sum_u8(cells.Gr), Vec::sum_u8(cells.B));
-    return R;
   }
 
   // Sampled pairs of one line: the left group's after the curve, the right group's after gain and

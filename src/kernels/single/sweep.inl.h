@@ -14,16 +14,8 @@ struct LinePair {
   LinePair from(int column) const { return {{line[0] + column, line[1] + column}}; }
 };
 
-// What a pass does with the sampled lattice.
-enum class Sampling {
-  as_stated,
-  // P3 tier to RGB24: the sum of R takes the sum of Gb, and the mask that splits even from odd
-  // columns is lost to the sum of R for the rest of the frame. Required behaviour.
-  losing_the_mask,
-};
-
 // The state of a pass over a frame.
-template <class Sink, Sampling sampling>
+template <class Sink, Gathering gathering>
 struct SinglePass {
   static constexpr int group = Vec::bytes;
   static constexpr int block = 2 * group;
@@ -44,22 +36,19 @@ struct SinglePass {
     return g;
   }
 
-  void emit(const Sink &to, int x, const Group &g) const {
-    to.write(x, Cells::split(g.line[0], g.line[1], even_columns));
-  }
+  void emit(const Sink &to, int x, const Group &g) const { to.write(x, g, even_columns); }
 
   void sample(const Group &left, const Group &right, const Group &left_after_curve,
               Vec::type valid) {
-    constexpr bool loses = sampling == Sampling::losing_the_mask;
-    const auto R = statistics.template sample<loses>(left, right, left_after_curve, valid);
-    if constexpr (loses) even_columns = R;
+    const auto R = statistics.template sample<gathering>(left, right, left_after_curve, valid);
+    if constexpr (gathering.loses_mask) even_columns = R;
   }
 
-  // `width` columns, an even number. `sampled` for the line pairs of the lattice.
-  void run(const LinePair &pair, int width, bool sampled) {
-    int x = 0;
+  // Columns `x` to `end`: both even, and `x` at the start of a block. `sampled` for the line pairs
+  // of the lattice.
+  void run(const LinePair &pair, int x, int end, bool sampled) {
     if (sampled) {
-      for (; x + block <= width; x += block) {
+      for (; x + block <= end; x += block) {
         const LinePair at = pair.from(x);
         const Group left = Group::load(at.line[0], at.line[1]);
         const Group left_after_curve = front_end(at);
@@ -69,9 +58,9 @@ struct SinglePass {
         emit(sink, x + group, front_end(next));
       }
     } else {
-      for (; x + group <= width; x += group) emit(sink, x, front_end(pair.from(x)));
+      for (; x + group <= end; x += group) emit(sink, x, front_end(pair.from(x)));
     }
-    if (x < width) run_tail(pair.from(x), x, width - x, sampled);
+    if (x < end) run_tail(pair.from(x), x, end - x, sampled);
   }
 
   // The last columns, fewer than a block: through a copy, so that nothing behind them is touched.

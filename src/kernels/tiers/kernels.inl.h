@@ -3,6 +3,9 @@
 
 #include "kernels/single/copy.inl.h"
 #include "kernels/single/default_pipeline.inl.h"
+#include "kernels/single/enlarge.inl.h"
+#include "kernels/single/monochrome.inl.h"
+#include "kernels/single/shrink.inl.h"
 
 namespace ppl::TIER {
 namespace {
@@ -17,14 +20,23 @@ void clear_mmx_state() {
 
 constinit const TierKernels kernels = {
     .block_width = TIER_BYTES,
+    // clang-format off
     .default_pipeline = {
-        /* i420 */ {plain_i420, nullptr, nullptr},
-        /* yuyv */ {plain_yuyv, nullptr, nullptr},
-        /* uyvy */ {plain_uyvy, nullptr, nullptr},
-        /* rgb24 */ {plain_rgb24, nullptr, nullptr},
-        /* rgb32 */ {plain_rgb32, nullptr, nullptr},
+        /* i420 */ {plain_i420, shrink_i420, enlarge_i420},
+        /* yuyv */ {plain_yuyv, shrink_yuyv, enlarge_yuyv},
+        /* uyvy */ {plain_uyvy, shrink_uyvy, enlarge_uyvy},
+        /* rgb24 */ {plain_rgb24, shrink_rgb24, enlarge_rgb24},
+        // There is no 1:2 pass: the plain one runs on the steps of a doubled size.
+        /* rgb32 */ {plain_rgb32, shrink_rgb32, plain_rgb32},
     },
-    .monochrome = {},
+    .monochrome = {
+        /* i420 */ {mono_plain_i420, mono_resample_i420, mono_resample_i420},
+        /* yuyv */ {nullptr, nullptr, nullptr},
+        /* uyvy */ {nullptr, nullptr, nullptr},
+        /* rgb24 */ {mono_plain_rgb24, mono_resample_rgb24, mono_resample_rgb24},
+        /* rgb32 */ {nullptr, nullptr, nullptr},
+    },
+    // clang-format on
     .copy = {copy_i420, copy_packed<0>, copy_packed<1>, copy_rgb<3>, copy_rgb<4>},
     .clear_mmx_state = clear_mmx_state,
 };
