@@ -26,6 +26,7 @@ struct Vec {
   static type load(const uint8_t *p) {
     return reinterpret_cast<type>(*reinterpret_cast<const unaligned *>(p));
   }
+  static type load_aligned(const void *p) { return *static_cast<const type *>(p); }
   static void store(uint8_t *p, type v) {
     *reinterpret_cast<unaligned *>(p) = reinterpret_cast<unaligned>(v);
   }
@@ -35,6 +36,8 @@ struct Vec {
   static type zero() { return _mm_setzero_si64(); }
   static type words(int v) { return _mm_set1_pi16(static_cast<short>(v)); }
   static type bytes_all(int v) { return _mm_set1_pi8(static_cast<char>(v)); }
+  // Ones in the lower half of either half.
+  static type left_quarters() { return _mm_set1_pi32(0x0000FFFF); }
   // Four words from general registers.
   static type from_words(int w0, int w1, int w2, int w3) {
     type v = _mm_cvtsi32_si64(w0);
@@ -76,12 +79,13 @@ struct Vec {
   static type add_saturated_s8(type a, type b) { return _mm_adds_pi8(a, b); }
   static type subtract_saturated_s8(type a, type b) { return _mm_subs_pi8(a, b); }
   static type subtract_u8(type a, type b) { return _mm_sub_pi8(a, b); }
+  static type min_u8(type a, type b) { return _mm_min_pu8(a, b); }
+  static type max_u8(type a, type b) { return _mm_max_pu8(a, b); }
+  static type equal_u8(type a, type b) { return _mm_cmpeq_pi8(a, b); }
   static type average_u8(type a, type b) { return _mm_avg_pu8(a, b); }
   static type average_words(type a, type b) { return _mm_avg_pu16(a, b); }
   static type greater_words(type a, type b) { return _mm_cmpgt_pi16(a, b); }
   static type equal_words(type a, type b) { return _mm_cmpeq_pi16(a, b); }
-  static type max_words(type a, type b) { return _mm_max_pi16(a, b); }
-  static type min_words(type a, type b) { return _mm_min_pi16(a, b); }
   static type pack_u8(type low, type high) { return _mm_packs_pu16(low, high); }
   static type pack_s8(type low, type high) { return _mm_packs_pi16(low, high); }
   static type pack_words(type low, type high) { return _mm_packs_pi32(low, high); }
@@ -112,10 +116,19 @@ struct Vec {
     const type high = _mm_and_si64(pixels, _mm_set_pi32(0x00FFFFFF, 0));
     return _mm_or_si64(low, _mm_srli_si64(high, 8));
   }
-  // Sums of all bytes, per 64 bits.
-  static type sum_u8(type a) { return _mm_sad_pu8(a, zero()); }
-  // The sum of what sum_u8 left.
-  static uint32_t total(type sums) { return static_cast<uint32_t>(_mm_cvtsi64_si32(sums)); }
+  // The sums of the bytes of either half, each in its half's low dword.
+  static type sum_halves(type a) {
+    const type low = _mm_sad_pu8(_mm_slli_si64(a, 32), zero());
+    const type high = _mm_sad_pu8(_mm_srli_si64(a, 32), zero());
+    return interleave_low_dwords(low, high);
+  }
+  static uint32_t low_sum(type sums) { return static_cast<uint32_t>(_mm_cvtsi64_si32(sums)); }
+  static uint32_t high_sum(type sums) { return low_sum(high_half(sums)); }
+  // For sums that fit a word.
+  static uint32_t low_word(type sums) { return low_sum(sums); }
+  static uint32_t high_word(type sums) { return static_cast<uint32_t>(_mm_extract_pi16(sums, 2)); }
+  // The high half, with zeros above it.
+  static type high_half(type a) { return _mm_srli_si64(a, 32); }
 };
 
 #else
@@ -128,6 +141,9 @@ struct Vec {
   static type load(const uint8_t *p) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
   }
+  static type load_aligned(const void *p) {
+    return _mm_load_si128(static_cast<const __m128i *>(p));
+  }
   static void store(uint8_t *p, type v) { _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v); }
   static void store_low_half(uint8_t *p, type v) {
     _mm_storel_epi64(reinterpret_cast<__m128i *>(p), v);
@@ -135,6 +151,7 @@ struct Vec {
   static type zero() { return _mm_setzero_si128(); }
   static type words(int v) { return _mm_set1_epi16(static_cast<short>(v)); }
   static type bytes_all(int v) { return _mm_set1_epi8(static_cast<char>(v)); }
+  static type left_quarters() { return _mm_set_epi32(0, -1, 0, -1); }
   static type from_words(int w0, int w1, int w2, int w3, int w4, int w5, int w6, int w7) {
     type v = _mm_cvtsi32_si128(w0);
     v = _mm_insert_epi16(v, w1, 1);
@@ -179,12 +196,13 @@ struct Vec {
   static type add_saturated_s8(type a, type b) { return _mm_adds_epi8(a, b); }
   static type subtract_saturated_s8(type a, type b) { return _mm_subs_epi8(a, b); }
   static type subtract_u8(type a, type b) { return _mm_sub_epi8(a, b); }
+  static type min_u8(type a, type b) { return _mm_min_epu8(a, b); }
+  static type max_u8(type a, type b) { return _mm_max_epu8(a, b); }
+  static type equal_u8(type a, type b) { return _mm_cmpeq_epi8(a, b); }
   static type average_u8(type a, type b) { return _mm_avg_epu8(a, b); }
   static type average_words(type a, type b) { return _mm_avg_epu16(a, b); }
   static type greater_words(type a, type b) { return _mm_cmpgt_epi16(a, b); }
   static type equal_words(type a, type b) { return _mm_cmpeq_epi16(a, b); }
-  static type max_words(type a, type b) { return _mm_max_epi16(a, b); }
-  static type min_words(type a, type b) { return _mm_min_epi16(a, b); }
   static type pack_u8(type low, type high) { return _mm_packus_epi16(low, high); }
   static type pack_s8(type low, type high) { return _mm_packs_epi16(low, high); }
   static type pack_words(type low, type high) { return _mm_packs_epi32(low, high); }
@@ -221,11 +239,12 @@ struct Vec {
     const type high = _mm_and_si128(pixels, _mm_set_epi32(0x00FFFFFF, 0, 0x00FFFFFF, 0));
     return _mm_or_si128(low, _mm_srli_epi64(high, 8));
   }
-  static type sum_u8(type a) { return _mm_sad_epu8(a, zero()); }
-  static uint32_t total(type sums) {
-    return static_cast<uint32_t>(_mm_cvtsi128_si32(sums) +
-                                 _mm_cvtsi128_si32(_mm_srli_si128(sums, 8)));
-  }
+  static type sum_halves(type a) { return _mm_sad_epu8(a, zero()); }
+  static uint32_t low_sum(type sums) { return static_cast<uint32_t>(_mm_cvtsi128_si32(sums)); }
+  static uint32_t high_sum(type sums) { return low_sum(high_half(sums)); }
+  static uint32_t low_word(type sums) { return low_sum(sums); }
+  static uint32_t high_word(type sums) { return static_cast<uint32_t>(_mm_extract_epi16(sums, 4)); }
+  static type high_half(type a) { return _mm_srli_si128(a, 8); }
 };
 
 #endif

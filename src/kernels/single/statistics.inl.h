@@ -17,47 +17,77 @@ inline Vec::type sampled_pairs(Vec::type left, Vec::type right) {
                          Vec::shift_right_signed_dwords<16>(right));
 }
 
-// Sampled cells, one word each.
+// Sampled cells, one word each, from their pairs on both lines.
 struct SampledCells {
   Vec::type B, Gb, Gr, R;
 
-  static SampledCells split(Vec::type pairs0, Vec::type pairs1) {
-    const auto even = Vec::words(0x00FF);
-    return {Vec::bit_and(pairs0, even), Vec::shift_right_words<8>(pairs0),
-            Vec::bit_and(pairs1, even), Vec::shift_right_words<8>(pairs1)};
+  SampledCells(Vec::type pairs0, Vec::type pairs1)
+      : B(Vec::bit_and(pairs0, Vec::words(0x00FF))),
+        Gb(Vec::shift_right_words<8>(pairs0)),
+        Gr(Vec::bit_and(pairs1, Vec::words(0x00FF))),
+        R(Vec::shift_right_words<8>(pairs1)) {}
+};
+
+// The same as bytes, a position in either half: B and Gb, Gr and R.
+struct CellBytes {
+  Vec::type B_Gb, Gr_R;
+
+  static CellBytes pack(Vec::type B, Vec::type Gb, Vec::type Gr, Vec::type R) {
+    return {Vec::pack_u8(B, Gb), Vec::pack_u8(Gr, R)};
   }
 
-  SampledCells masked(Vec::type mask) const {
-    return {Vec::bit_and(B, mask), Vec::bit_and(Gb, mask), Vec::bit_and(Gr, mask),
-            Vec::bit_and(R, mask)};
+  CellBytes masked(Vec::type mask) const {
+    return {Vec::bit_and(B_Gb, mask), Vec::bit_and(Gr_R, mask)};
   }
 };
 
-// Running sums over cells, kept per 64 bits until the frame ends.
+// Sums over the cells of a vector, or over many of them, a position in either half.
 struct CellSums {
-  Vec::type r, g, b;
+  Vec::type B_Gb = Vec::zero(), Gr_R = Vec::zero();
 
-  static CellSums none() { return {Vec::zero(), Vec::zero(), Vec::zero()}; }
-
-  void add(Vec::type sum_r, Vec::type sum_Gb, Vec::type sum_Gr, Vec::type sum_b) {
-    r = Vec::add_dwords(r, sum_r);
-    g = Vec::add_dwords(g, Vec::add_dwords(sum_Gb, sum_Gr));
-    b = Vec::add_dwords(b, sum_b);
+  static CellSums of(const CellBytes &cells) {
+    CellSums sums;
+    sums.B_Gb = Vec::sum_halves(cells.B_Gb);
+    sums.Gr_R = Vec::sum_halves(cells.Gr_R);
+    return sums;
   }
 
-  void flush(PplTriple &sums, uint32_t weight) const {
-    sums.r += weight * Vec::total(r);
-    sums.g += weight * Vec::total(g);
-    sums.b += weight * Vec::total(b);
+  void add(const CellSums &sums) {
+    B_Gb = Vec::add_dwords(B_Gb, sums.B_Gb);
+    Gr_R = Vec::add_dwords(Gr_R, sums.Gr_R);
+  }
+
+  uint32_t B() const { return Vec::low_sum(B_Gb); }
+  uint32_t Gb() const { return Vec::high_sum(B_Gb); }
+  uint32_t Gr() const { return Vec::low_sum(Gr_R); }
+  uint32_t R() const { return Vec::high_sum(Gr_R); }
+
+  void add_to(PplTriple &triple) const {
+    triple.r += R();
+    triple.g += Gb() + Gr();
+    triple.b += B();
   }
 };
 
-inline Vec::type load(const WordVector<TIER_BYTES> &v) {
-  return Vec::load(reinterpret_cast<const uint8_t *>(v.lane));
-}
-inline Vec::type load(const ByteVector<TIER_BYTES> &v) { return Vec::load(v.lane); }
+// Counts cells by their masks, a word each: at most 20,480 vectors a frame, so that words suffice.
+struct CellCount {
+  Vec::type n = Vec::zero();
 
-// All lanes set.
+  void add(Vec::type mask) { n = Vec::sub_words(n, mask); }
+
+  uint32_t total() const {
+    const auto low = Vec::bit_and(n, Vec::words(0x00FF));
+    const auto sums_of_low = Vec::sum_halves(low);
+    const auto sums_of_high = Vec::sum_halves(Vec::shift_right_words<8>(n));
+    return Vec::low_sum(sums_of_low) + Vec::high_sum(sums_of_low) +
+           256 * (Vec::low_sum(sums_of_high) + Vec::high_sum(sums_of_high));
+  }
+};
+
+inline Vec::type load(const WordVector<TIER_BYTES> &v) { return Vec::load_aligned(v.lane); }
+inline Vec::type load(const ByteVector<TIER_BYTES> &v) { return Vec::load_aligned(v.lane); }
+
+// All cells of a block count.
 inline Vec::type every_cell() { return Vec::words(-1); }
 
 // The cells of a block that stand in its first `columns` columns.
@@ -81,40 +111,59 @@ struct Gathering {
 
 class Statistics {
  public:
-  explicit Statistics(PplContext &ctx) : ctx_(ctx), p_(parameters_of(ctx)) {}
+  explicit Statistics(PplContext &ctx)
+      : ctx_(ctx),
+        p_(parameters_of(ctx)),
+        gain_{Vec::words(p_.rgb_gain_BG_vec.lane[0]), Vec::words(p_.rgb_gain_BG_vec.lane[1]),
+              Vec::words(p_.rgb_gain_GR_vec.lane[0]), Vec::words(p_.rgb_gain_GR_vec.lane[1])},
+        delta_{Vec::words(p_.rgb_delta_BG_vec.lane[0]), Vec::words(p_.rgb_delta_BG_vec.lane[1]),
+               Vec::words(p_.rgb_delta_GR_vec.lane[0]), Vec::words(p_.rgb_delta_GR_vec.lane[1])} {}
+
+  // Keeps an even group of an odd line pair, black subtracted, for whoever looks for a left
+  // neighbour next. Only the last one of a pass can be seen.
+  void save(const Group &group) {
+    Vec::store(p_.stat_group_copy[0].lane,
+               Vec::subtract_saturated_u8(group.line[0], load(p_.optical_black_BG_vec)));
+    Vec::store(p_.stat_group_copy[1].lane,
+               Vec::subtract_saturated_u8(group.line[1], load(p_.optical_black_GR_vec)));
+  }
 
   // One block of an odd line pair: its groups as they came, and the even one after the curve.
-  // Returns the sum of R over the sampled cells of stage A.
+  // Returns the sum of R over the sampled cells of stage A, as the lowest word.
   template <Gathering gathering>
   Vec::type sample(const Group &left, const Group &right, const Group &left_after_curve,
                    Vec::type valid) {
-    const auto black_BG = load(p_.optical_black_BG_vec);
-    const auto black_GR = load(p_.optical_black_GR_vec);
-    const auto left0 = Vec::subtract_saturated_u8(left.line[0], black_BG);
-    const auto left1 = Vec::subtract_saturated_u8(left.line[1], black_GR);
-    Vec::store(p_.stat_group_copy[0].lane, left0);
-    Vec::store(p_.stat_group_copy[1].lane, left1);
+    const auto pairs0 = Vec::subtract_saturated_u8(sampled_pairs(left.line[0], right.line[0]),
+                                                   load(p_.optical_black_BG_vec));
+    const auto pairs1 = Vec::subtract_saturated_u8(sampled_pairs(left.line[1], right.line[1]),
+                                                   load(p_.optical_black_GR_vec));
+    const SampledCells cells(pairs0, pairs1);
+    if constexpr (gathering.judges_cells) qualify(cells, pairs0, pairs1, valid);
 
-    const auto pairs0 = sampled_pairs(left0, Vec::subtract_saturated_u8(right.line[0], black_BG));
-    const auto pairs1 = sampled_pairs(left1, Vec::subtract_saturated_u8(right.line[1], black_GR));
-    if constexpr (gathering.judges_cells) qualify(pairs0, pairs1, valid);
-    return expose<gathering>(pairs0, pairs1, left_after_curve, valid);
+    const CellBytes exposed = mixed(cells, left_after_curve).masked(byte_mask(valid));
+    if constexpr (gathering.judges_cells) judge_exposure(exposed, valid);
+    CellSums sums = CellSums::of(exposed);
+    const auto R = Vec::high_half(sums.Gr_R);
+    if constexpr (gathering.loses_mask) {
+      sums.Gr_R = Vec::join_low_halves(sums.Gr_R, Vec::high_half(sums.B_Gb));
+    }
+    all_.add(sums);
+    return R;
   }
 
   // Adds what was gathered to the context.
   void flush() {
-    qualified_.flush(ctx_.qual_rgb_means_whole_frame, 1);
-    ctx_.n_qual_2x2_whole_frame += Vec::total(n_qualified_);
-    exposed_.flush(ctx_.qAE_rgb_means_whole_frame, 1);
-    ctx_.n_qAE_2x2_whole_frame += Vec::total(n_exposed_);
+    qualified_.add_to(ctx_.qual_rgb_means_whole_frame);
+    ctx_.n_qual_2x2_whole_frame += n_qualified_.total();
+    exposed_.add_to(ctx_.qAE_rgb_means_whole_frame);
+    ctx_.n_qAE_2x2_whole_frame += n_exposed_.total();
     // The lattice takes one cell in four.
-    all_.flush(ctx_.rgb_means_whole_frame, 4);
+    for (int i = 0; i < 4; ++i) all_.add_to(ctx_.rgb_means_whole_frame);
   }
 
  private:
   // Stage Q.
-  void qualify(Vec::type pairs0, Vec::type pairs1, Vec::type valid) {
-    const auto cells = SampledCells::split(pairs0, pairs1);
+  void qualify(const SampledCells &cells, Vec::type pairs0, Vec::type pairs1, Vec::type valid) {
     const auto D0 = Vec::sub_words(cells.B, cells.Gb);
     const auto D1 = Vec::sub_words(cells.Gr, cells.R);
     const auto sum = Vec::add_words(D0, D1);
@@ -128,75 +177,55 @@ class Statistics {
     const auto excess = Vec::bit_or(above_span(pairs0, p_.qual_BG_base_vec, p_.qual_BG_span_vec),
                                     above_span(pairs1, p_.qual_GR_base_vec, p_.qual_GR_span_vec));
     ok = Vec::bit_and(ok, Vec::equal_words(excess, Vec::zero()));
+    n_qualified_.add(ok);
 
-    count(n_qualified_, ok);
-    const auto passed = cells.masked(ok);
-    const auto B = Vec::sum_u8(passed.B);
-    const auto Gb = Vec::sum_u8(passed.Gb);
-    const auto Gr = Vec::sum_u8(passed.Gr);
-    const auto R = Vec::sum_u8(passed.R);
-    qualified_.add(R, Gb, Gr, B);
-
+    const auto sums =
+        CellSums::of(CellBytes::pack(cells.B, cells.Gb, cells.Gr, cells.R).masked(byte_mask(ok)));
+    qualified_.add(sums);
     // One entry per position, at the mean of the vector with the failed cells counted as 0.
     constexpr int mean_shift = TIER_BYTES == 8 ? 2 : 3;
     constexpr uint32_t weight = 1u << mean_shift;
-    ctx_.g_histogram[Vec::total(Gb) >> mean_shift] += weight;
-    ctx_.r_histogram[Vec::total(R) >> mean_shift] += weight;
-    ctx_.b_histogram[Vec::total(B) >> mean_shift] += weight;
-    ctx_.g_histogram[Vec::total(Gr) >> mean_shift] += weight;
+    ctx_.g_histogram[Vec::high_word(sums.B_Gb) >> mean_shift] += weight;
+    ctx_.r_histogram[Vec::high_word(sums.Gr_R) >> mean_shift] += weight;
+    ctx_.b_histogram[Vec::low_word(sums.B_Gb) >> mean_shift] += weight;
+    ctx_.g_histogram[Vec::low_word(sums.Gr_R) >> mean_shift] += weight;
   }
 
-  // Stage A.
-  template <Gathering gathering>
-  Vec::type expose(Vec::type pairs0, Vec::type pairs1, const Group &left_after_curve,
-                   Vec::type valid) {
-    const auto cells =
-        SampledCells::split(
-            mixed(left_after_curve.line[0], pairs0, p_.rgb_gain_BG_vec, p_.rgb_delta_BG_vec),
-            mixed(left_after_curve.line[1], pairs1, p_.rgb_gain_GR_vec, p_.rgb_delta_GR_vec))
-            .masked(valid);
-
-    if constexpr (gathering.judges_cells) judge_exposure(cells, valid);
-    const auto R = Vec::sum_u8(cells.R);
-    const auto Gb = Vec::sum_u8(cells.Gb);
-    all_.add(gathering.loses_mask ? Gb : R, Gb, Vec::sum_u8(cells.Gr), Vec::sum_u8(cells.B));
-    return R;
+  // Stage A. Out of the band are cells that lie wholly below it or wholly above it.
+  void judge_exposure(const CellBytes &cells, Vec::type valid) {
+    const auto low = Vec::min_u8(cells.B_Gb, cells.Gr_R);
+    const auto high = Vec::max_u8(cells.B_Gb, cells.Gr_R);
+    const auto lowest = Vec::min_u8(low, Vec::swap_halves(low));
+    const auto highest = Vec::max_u8(high, Vec::swap_halves(high));
+    const auto excess = Vec::bit_or(Vec::subtract_saturated_u8(load(p_.qAE_min_vec), highest),
+                                    Vec::subtract_saturated_u8(lowest, load(p_.qAE_max_vec)));
+    const auto inside = Vec::bit_and(Vec::equal_u8(excess, Vec::zero()), byte_mask(valid));
+    n_exposed_.add(Vec::bit_and(Vec::interleave_low_u8(inside, inside), valid));
+    exposed_.add(CellSums::of(cells.masked(inside)));
   }
 
-  void judge_exposure(const SampledCells &cells, Vec::type valid) {
-    const auto lowest =
-        Vec::min_words(Vec::min_words(cells.B, cells.Gb), Vec::min_words(cells.Gr, cells.R));
-    const auto highest =
-        Vec::max_words(Vec::max_words(cells.B, cells.Gb), Vec::max_words(cells.Gr, cells.R));
-    // Out of the band are cells that lie wholly below it or wholly above it.
-    const auto outside =
-        Vec::bit_or(Vec::greater_words(Vec::words(p_.qAE_min_vec.lane[0]), highest),
-                    Vec::greater_words(lowest, Vec::words(p_.qAE_max_vec.lane[0])));
-    const auto inside = Vec::and_not(outside, valid);
-    count(n_exposed_, inside);
-    const auto passed = cells.masked(inside);
-    exposed_.add(Vec::sum_u8(passed.R), Vec::sum_u8(passed.Gb), Vec::sum_u8(passed.Gr),
-                 Vec::sum_u8(passed.B));
+  // The left group's cells after the curve, the right group's after gain and delta.
+  CellBytes mixed(const SampledCells &cells, const Group &left_after_curve) const {
+    const SampledCells left(sampled_pairs(left_after_curve.line[0], left_after_curve.line[0]),
+                            sampled_pairs(left_after_curve.line[1], left_after_curve.line[1]));
+    const auto right = CellBytes::pack(amplified(cells.B, 0), amplified(cells.Gb, 1),
+                                       amplified(cells.Gr, 2), amplified(cells.R, 3));
+    return {blended(Vec::pack_u8(left.B, left.Gb), right.B_Gb),
+            blended(Vec::pack_u8(left.Gr, left.R), right.Gr_R)};
   }
 
-  // Sampled pairs of one line: the left group's after the curve, the right group's after gain and
-  // delta.
-  static Vec::type mixed(Vec::type left_after_curve, Vec::type pairs,
-                         const WordVector<TIER_BYTES> &gain, const WordVector<TIER_BYTES> &delta) {
-    const auto even =
-        amplified(Vec::bit_and(pairs, Vec::words(0x00FF)), gain.lane[0], delta.lane[0]);
-    const auto odd = amplified(Vec::shift_right_words<8>(pairs), gain.lane[1], delta.lane[1]);
-    const auto right = Vec::bit_or(even, Vec::shift_left_words<8>(odd));
-    const auto left = sampled_pairs(left_after_curve, left_after_curve);
-    // The right group's cells stand in the high half.
-    return Vec::join_low_halves(left, Vec::swap_halves(right));
+  // Wraps in 16 bits; the packing to bytes clamps.
+  Vec::type amplified(Vec::type samples, int position) const {
+    const auto m = Vec::shift_right_words<5>(Vec::multiply_low(samples, gain_[position]));
+    return Vec::add_words(m, delta_[position]);
   }
 
-  static Vec::type amplified(Vec::type samples, int gain, int delta) {
-    const auto m = Vec::shift_right_words<5>(Vec::multiply_low(samples, Vec::words(gain)));
-    const auto d = Vec::add_words(m, Vec::words(delta));  // wraps in 16 bits
-    return Vec::max_words(Vec::min_words(d, Vec::words(255)), Vec::zero());
+  // Of either position the left group's cells, then the right group's.
+  Vec::type blended(Vec::type left, Vec::type right) const {
+    return Vec::bit_or(Vec::bit_and(left, left_cells_), Vec::and_not(left_cells_, right));
   }
+
+  static Vec::type byte_mask(Vec::type mask) { return Vec::pack_s8(mask, mask); }
 
   static Vec::type between(Vec::type v, const WordVector<TIER_BYTES> &lo,
                            const WordVector<TIER_BYTES> &hi) {
@@ -208,14 +237,12 @@ class Statistics {
     return Vec::subtract_saturated_u8(Vec::subtract_u8(v, load(base)), load(span));
   }
 
-  static void count(Vec::type &n, Vec::type mask) {
-    n = Vec::add_dwords(n, Vec::sum_u8(Vec::bit_and(mask, Vec::words(1))));
-  }
-
   PplContext &ctx_;
   Parameters &p_;
-  CellSums qualified_ = CellSums::none(), exposed_ = CellSums::none(), all_ = CellSums::none();
-  Vec::type n_qualified_ = Vec::zero(), n_exposed_ = Vec::zero();
+  Vec::type gain_[4], delta_[4];  // of B, Gb, Gr, R
+  const Vec::type left_cells_ = Vec::left_quarters();
+  CellSums qualified_, exposed_, all_;
+  CellCount n_qualified_, n_exposed_;
 };
 
 }  // namespace

@@ -29,14 +29,12 @@ struct SinglePass {
       : tables(front_end), sink(parameters_of(ctx)), statistics(ctx) {}
 
   // Puts a group's samples through the curve, in the frame too.
-  Group front_end(const LinePair &at) const {
+  static Group front_end(const FrontEndTables &tables, const LinePair &at) {
     const Group g = {{look_up(tables.line[0], at.line[0]), look_up(tables.line[1], at.line[1])}};
     Vec::store(at.line[0], g.line[0]);
     Vec::store(at.line[1], g.line[1]);
     return g;
   }
-
-  void emit(const Sink &to, int x, const Group &g) const { to.write(x, g, even_columns); }
 
   void sample(const Group &left, const Group &right, const Group &left_after_curve,
               Vec::type valid) {
@@ -47,20 +45,33 @@ struct SinglePass {
   // Columns `x` to `end`: both even, and `x` at the start of a block. `sampled` for the line pairs
   // of the lattice.
   void run(const LinePair &pair, int x, int end, bool sampled) {
-    if (sampled) {
-      for (; x + block <= end; x += block) {
-        const LinePair at = pair.from(x);
-        const Group left = Group::load(at.line[0], at.line[1]);
-        const Group left_after_curve = front_end(at);
-        emit(sink, x, left_after_curve);
-        const LinePair next = at.from(group);
-        sample(left, Group::load(next.line[0], next.line[1]), left_after_curve, every_cell());
-        emit(sink, x + group, front_end(next));
-      }
-    } else {
-      for (; x + group <= end; x += group) emit(sink, x, front_end(pair.from(x)));
+    const int rest = sampled ? run_sampled(pair, x, end) : run_unsampled(pair, x, end);
+    if (rest < end) run_tail(pair.from(rest), rest, end - rest, sampled);
+  }
+
+ private:
+  // These two return where the whole blocks, or groups, end. They are only fast in one piece:
+  // look-ups and vector work overlap. Both use a copy of the sink, which no store can alias.
+  [[gnu::noinline, gnu::flatten]] int run_unsampled(const LinePair &pair, int x, int end) const {
+    const Sink out = sink;
+    const Vec::type even = even_columns;
+    for (; x + group <= end; x += group) out.write(x, front_end(tables, pair.from(x)), even);
+    return x;
+  }
+
+  [[gnu::noinline, gnu::flatten]] int run_sampled(const LinePair &pair, int x, int end) {
+    const Sink out = sink;
+    for (; x + block <= end; x += block) {
+      const LinePair at = pair.from(x);
+      const LinePair next = at.from(group);
+      const Group left = Group::load(at.line[0], at.line[1]);
+      const Group left_after_curve = front_end(tables, at);
+      out.write(x, left_after_curve, even_columns);
+      sample(left, Group::load(next.line[0], next.line[1]), left_after_curve, every_cell());
+      out.write(x + group, front_end(tables, next), even_columns);
+      if (x + 2 * block > end) statistics.save(left);
     }
-    if (x < end) run_tail(pair.from(x), x, end - x, sampled);
+    return x;
   }
 
   // The last columns, fewer than a block: through a copy, so that nothing behind them is touched.
@@ -81,14 +92,17 @@ struct SinglePass {
     const Group left = Group::load(at.line[0], at.line[1]);
     const Group right = Group::load(next.line[0], next.line[1]);
     const bool has_right = columns > group;
-    const Group left_after_curve = front_end(at);
+    const Group left_after_curve = front_end(tables, at);
     // A last group without a right neighbour is sampled before its own output is made.
-    if (has_right) emit(local, 0, left_after_curve);
-    if (sampled) sample(left, right, left_after_curve, cells_within(columns));
+    if (has_right) local.write(0, left_after_curve, even_columns);
+    if (sampled) {
+      sample(left, right, left_after_curve, cells_within(columns));
+      statistics.save(left);
+    }
     if (has_right) {
-      emit(local, group, front_end(next));
+      local.write(group, front_end(tables, next), even_columns);
     } else {
-      emit(local, 0, left_after_curve);
+      local.write(0, left_after_curve, even_columns);
     }
 
     for (int line = 0; line < 2; ++line) {
