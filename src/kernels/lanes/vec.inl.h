@@ -84,6 +84,12 @@ struct Vec {
   static type equal_u8(type a, type b) { return _mm_cmpeq_pi8(a, b); }
   static type average_u8(type a, type b) { return _mm_avg_pu8(a, b); }
   static type average_words(type a, type b) { return _mm_avg_pu16(a, b); }
+  static type max_words(type a, type b) { return _mm_max_pi16(a, b); }
+  static type min_words(type a, type b) { return _mm_min_pi16(a, b); }
+  static type add_saturated_words(type a, type b) { return _mm_adds_pi16(a, b); }
+  static type subtract_saturated_words(type a, type b) { return _mm_subs_pi16(a, b); }
+  static type add_saturated_u16(type a, type b) { return _mm_adds_pu16(a, b); }
+  static type subtract_saturated_u16(type a, type b) { return _mm_subs_pu16(a, b); }
   static type greater_words(type a, type b) { return _mm_cmpgt_pi16(a, b); }
   static type equal_words(type a, type b) { return _mm_cmpeq_pi16(a, b); }
   static type pack_u8(type low, type high) { return _mm_packs_pu16(low, high); }
@@ -201,6 +207,12 @@ struct Vec {
   static type equal_u8(type a, type b) { return _mm_cmpeq_epi8(a, b); }
   static type average_u8(type a, type b) { return _mm_avg_epu8(a, b); }
   static type average_words(type a, type b) { return _mm_avg_epu16(a, b); }
+  static type max_words(type a, type b) { return _mm_max_epi16(a, b); }
+  static type min_words(type a, type b) { return _mm_min_epi16(a, b); }
+  static type add_saturated_words(type a, type b) { return _mm_adds_epi16(a, b); }
+  static type subtract_saturated_words(type a, type b) { return _mm_subs_epi16(a, b); }
+  static type add_saturated_u16(type a, type b) { return _mm_adds_epu16(a, b); }
+  static type subtract_saturated_u16(type a, type b) { return _mm_subs_epu16(a, b); }
   static type greater_words(type a, type b) { return _mm_cmpgt_epi16(a, b); }
   static type equal_words(type a, type b) { return _mm_cmpeq_epi16(a, b); }
   static type pack_u8(type low, type high) { return _mm_packus_epi16(low, high); }
@@ -248,6 +260,11 @@ struct Vec {
 };
 
 #endif
+
+// a where the mask is set, b elsewhere.
+inline Vec::type blend(Vec::type mask, Vec::type a, Vec::type b) {
+  return Vec::bit_or(Vec::bit_and(mask, a), Vec::and_not(mask, b));
+}
 
 inline Vec::type reverse_u8(Vec::type a) {
   const auto swapped = Vec::bit_or(Vec::shift_left_words<8>(a), Vec::shift_right_words<8>(a));

@@ -61,7 +61,7 @@ void copy_i420(PplContext &ctx, const Buffers &b) {
     }
     fill_chroma(ctx, b.dst_chroma);
   } else if (ctx.decimation == 1) {
-    copy_half_lines(ctx, b.src, 0, copy_group, ctx.frame_height / 2 - 1,
+    copy_half_lines(ctx, b.src, 0, copy_group, ctx.out_height - 1,
                     [&](int y, int x, uint8_t s) { b.dst[y * ctx.out_width + x] = s; });
     fill_chroma(ctx, b.dst_chroma);
   }
@@ -81,12 +81,11 @@ void copy_packed(PplContext &ctx, const Buffers &b) {
       Vec::store(b.dst + 2 * i + Vec::bytes, Vec::interleave_high_u8(first, second));
     }
   } else if (ctx.decimation == 1) {
-    copy_half_lines(ctx, b.src, luma, copy_group, ctx.frame_height / 2 - 1,
-                    [&](int y, int x, uint8_t s) {
-                      uint8_t *const pixel = b.dst + 2 * (y * ctx.out_width + x);
-                      pixel[luma] = s;
-                      pixel[1 - luma] = neutral_chroma;
-                    });
+    copy_half_lines(ctx, b.src, luma, copy_group, ctx.out_height - 1, [&](int y, int x, uint8_t s) {
+      uint8_t *const pixel = b.dst + 2 * (y * ctx.out_width + x);
+      pixel[luma] = s;
+      pixel[1 - luma] = neutral_chroma;
+    });
   }
 }
 

@@ -128,8 +128,8 @@ class Statistics {
                Vec::subtract_saturated_u8(group.line[1], load(p_.optical_black_GR_vec)));
   }
 
-  // One block of an odd line pair: its groups as they came, and the even one after the curve.
-  // Returns the sum of R over the sampled cells of stage A, as the lowest word.
+  // One block of the single-pass lattice: its groups as they came, and the even one after the
+  // curve. Returns the sum of R over the sampled cells of stage A, as the lowest word.
   template <Gathering gathering>
   Vec::type sample(const Group &left, const Group &right, const Group &left_after_curve,
                    Vec::type valid) {
@@ -137,18 +137,24 @@ class Statistics {
                                                    load(p_.optical_black_BG_vec));
     const auto pairs1 = Vec::subtract_saturated_u8(sampled_pairs(left.line[1], right.line[1]),
                                                    load(p_.optical_black_GR_vec));
-    const SampledCells cells(pairs0, pairs1);
-    if constexpr (gathering.judges_cells) qualify(cells, pairs0, pairs1, valid);
-
-    const CellBytes exposed = mixed(cells, left_after_curve).masked(byte_mask(valid));
-    if constexpr (gathering.judges_cells) judge_exposure(exposed, valid);
-    CellSums sums = CellSums::of(exposed);
+    CellSums sums = examine<gathering>(pairs0, pairs1, left_after_curve, valid);
     const auto R = Vec::high_half(sums.Gr_R);
     if constexpr (gathering.loses_mask) {
       sums.Gr_R = Vec::join_low_halves(sums.Gr_R, Vec::high_half(sums.B_Gb));
     }
     all_.add(sums);
     return R;
+  }
+
+  // One group of a chain, as it came. Its left neighbour is whatever was saved last, for stage Q,
+  // and what stands left of it after the curve, for stage A. The cells' sums go to a window.
+  template <Gathering gathering>
+  void sample_into(PplTriple &window, const Group &group, const Group &left_after_curve) {
+    const auto right0 = Vec::subtract_saturated_u8(group.line[0], load(p_.optical_black_BG_vec));
+    const auto right1 = Vec::subtract_saturated_u8(group.line[1], load(p_.optical_black_GR_vec));
+    const auto pairs0 = sampled_pairs(load(p_.stat_group_copy[0]), right0);
+    const auto pairs1 = sampled_pairs(load(p_.stat_group_copy[1]), right1);
+    examine<gathering>(pairs0, pairs1, left_after_curve, every_cell()).add_to(window);
   }
 
   // Adds what was gathered to the context.
@@ -162,6 +168,17 @@ class Statistics {
   }
 
  private:
+  // Both stages. Returns the sums of stage A over all valid cells.
+  template <Gathering gathering>
+  CellSums examine(Vec::type pairs0, Vec::type pairs1, const Group &left_after_curve,
+                   Vec::type valid) {
+    const SampledCells cells(pairs0, pairs1);
+    if constexpr (gathering.judges_cells) qualify(cells, pairs0, pairs1, valid);
+    const CellBytes exposed = mixed(cells, left_after_curve).masked(byte_mask(valid));
+    if constexpr (gathering.judges_cells) judge_exposure(exposed, valid);
+    return CellSums::of(exposed);
+  }
+
   // Stage Q.
   void qualify(const SampledCells &cells, Vec::type pairs0, Vec::type pairs1, Vec::type valid) {
     const auto D0 = Vec::sub_words(cells.B, cells.Gb);
@@ -222,7 +239,7 @@ class Statistics {
 
   // Of either position the left group's cells, then the right group's.
   Vec::type blended(Vec::type left, Vec::type right) const {
-    return Vec::bit_or(Vec::bit_and(left, left_cells_), Vec::and_not(left_cells_, right));
+    return blend(left_cells_, left, right);
   }
 
   static Vec::type byte_mask(Vec::type mask) { return Vec::pack_s8(mask, mask); }
