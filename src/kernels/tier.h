@@ -2,6 +2,7 @@
 #pragma once
 
 #include "frame/context.h"
+#include "kernels/chains/stages.h"
 
 namespace ppl {
 
@@ -29,6 +30,8 @@ struct TierKernels {
   Passes default_pipeline[format_count];  // quality 3
   Passes monochrome[format_count];        // quality 13
   Pass copy[format_count];                // qualities 4 and 9
+  void (*run_chain)(PplContext &ctx, const Buffers &buffers, Format format, const Chain &chain,
+                    bool repairs);  // qualities 0, 1, 2, 10, 11, 12, 14
   void (*clear_mmx_state)();
 };
 

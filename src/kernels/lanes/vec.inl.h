@@ -41,9 +41,9 @@ struct Vec {
   // Four words from general registers.
   static type from_words(int w0, int w1, int w2, int w3) {
     type v = _mm_cvtsi32_si64(w0);
-    v = _mm_insert_pi16(v, w1, 1);
-    v = _mm_insert_pi16(v, w2, 2);
-    return _mm_insert_pi16(v, w3, 3);
+    v = _mm_insert_pi16(v, static_cast<short>(w1), 1);
+    v = _mm_insert_pi16(v, static_cast<short>(w2), 2);
+    return _mm_insert_pi16(v, static_cast<short>(w3), 3);
   }
 
   static type bit_and(type a, type b) { return _mm_and_si64(a, b); }
@@ -160,13 +160,13 @@ struct Vec {
   static type left_quarters() { return _mm_set_epi32(0, -1, 0, -1); }
   static type from_words(int w0, int w1, int w2, int w3, int w4, int w5, int w6, int w7) {
     type v = _mm_cvtsi32_si128(w0);
-    v = _mm_insert_epi16(v, w1, 1);
-    v = _mm_insert_epi16(v, w2, 2);
-    v = _mm_insert_epi16(v, w3, 3);
-    v = _mm_insert_epi16(v, w4, 4);
-    v = _mm_insert_epi16(v, w5, 5);
-    v = _mm_insert_epi16(v, w6, 6);
-    return _mm_insert_epi16(v, w7, 7);
+    v = _mm_insert_epi16(v, static_cast<short>(w1), 1);
+    v = _mm_insert_epi16(v, static_cast<short>(w2), 2);
+    v = _mm_insert_epi16(v, static_cast<short>(w3), 3);
+    v = _mm_insert_epi16(v, static_cast<short>(w4), 4);
+    v = _mm_insert_epi16(v, static_cast<short>(w5), 5);
+    v = _mm_insert_epi16(v, static_cast<short>(w6), 6);
+    return _mm_insert_epi16(v, static_cast<short>(w7), 7);
   }
 
   static type bit_and(type a, type b) { return _mm_and_si128(a, b); }

@@ -39,19 +39,10 @@ void aim(PackedYuvSink<luma_first, mirrored> &sink, const PplContext &ctx, const
 
 template <int pixel_bytes, bool mirrored>
 void aim(RgbSink<pixel_bytes, mirrored> &sink, const PplContext &ctx, const Buffers &b, int p) {
-  // On the steps of a doubled size this pass neither scales nor fills: a line takes half of an
-  // output line, and line pairs move by 2.5 output lines with equal mirror flags and by 1.5 with
-  // one.
   if (pixel_bytes == 4 && ctx.decimation < 0) {
-    const int width = ctx.out_width;
-    const bool v = ctx.v_mirror != 0;
-    const int sx = mirrored ? -1 : 1;
-    const int sy = v ? -1 : 1;
-    const int pair_step = sx * (width / 2) - (2 * sy + sx) * width;
-    const int first_pair = v ? 0 : ctx.out_size - 2 * width;
-    const int start = first_pair + p * pair_step + (mirrored ? width - 1 : 0);
-    sink.plane[0] = b.dst + pixel_bytes * (start + (v ? 0 : width));
-    sink.plane[1] = b.dst + pixel_bytes * (start + (v ? width : 0));
+    for (int line = 0; line < 2; ++line) {
+      sink.plane[line] = b.dst + pixel_bytes * spread_line_origin(ctx, p, line, mirrored);
+    }
     return;
   }
   aim_packed(sink, ctx, b, p, true);

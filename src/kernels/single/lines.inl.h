@@ -18,9 +18,12 @@ class LineMemory {
   // A line of `length` bytes with a margin of a register on both sides.
   uint8_t *line(int length) {
     uint8_t *const start = next_ + margin;
-    next_ = start + (length + margin - 1) / margin * margin + margin;
+    next_ += pitch(length);
     return start;
   }
+
+  // From a line to the next one of the same length.
+  static int pitch(int length) { return (length + margin - 1) / margin * margin + 2 * margin; }
 
  private:
   static constexpr int margin = 32;

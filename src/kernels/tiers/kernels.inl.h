@@ -1,6 +1,7 @@
 // The table of a tier's functions. Included once by each tier's source.
 #pragma once
 
+#include "kernels/chains/chain.inl.h"
 #include "kernels/single/copy.inl.h"
 #include "kernels/single/default_pipeline.inl.h"
 #include "kernels/single/enlarge.inl.h"
@@ -38,6 +39,7 @@ constinit const TierKernels kernels = {
     },
     // clang-format on
     .copy = {copy_i420, copy_packed<0>, copy_packed<1>, copy_rgb<3>, copy_rgb<4>},
+    .run_chain = run_chain,
     .clear_mmx_state = clear_mmx_state,
 };
 

@@ -1,0 +1,120 @@
+// Flat cell smoothing: where twelve differences between green samples around a cell all stay within
+// a threshold, the cell's four pixels take one averaged colour.
+//
+// Cells span lines r and r + 1; r is odd in quality 10 and even in quality 11, so that the two
+// green phases change places. Reach: lines r - 2 to r + 3, columns x - 2 to x + 3.
+#pragma once
+
+#include "kernels/chains/demosaic.inl.h"
+
+namespace ppl::TIER {
+namespace {
+
+struct SamplePlace {
+  int8_t line, column;  // from r and from the cell's even column
+};
+struct SamplePair {
+  SamplePlace p, q;
+};
+
+constexpr SamplePair odd_row_pairs[12] = {
+    {{-2, 0}, {0, 0}}, {{-2, 2}, {0, 2}}, {{0, 2}, {2, 2}},    {{2, 0}, {2, 2}},
+    {{2, 0}, {2, -2}}, {{0, 0}, {0, -2}}, {{-1, 1}, {-1, -1}}, {{-1, 1}, {-1, 3}},
+    {{1, 1}, {1, 3}},  {{1, 1}, {3, 1}},  {{1, -1}, {3, -1}},  {{-1, -1}, {1, -1}},
+};
+constexpr SamplePair even_row_pairs[12] = {
+    {{-1, 0}, {-1, 2}}, {{-1, 0}, {-1, -2}}, {{1, 0}, {1, -2}}, {{-1, 2}, {1, 2}},
+    {{1, 2}, {3, 2}},   {{1, 0}, {3, 0}},    {{-2, 1}, {0, 1}}, {{-2, -1}, {0, -1}},
+    {{0, -1}, {2, -1}}, {{0, 1}, {0, 3}},    {{2, 1}, {2, 3}},  {{2, 1}, {2, -1}},
+};
+
+// A row of cells: a mask word and three colour words each.
+struct CellRow {
+  uint8_t *mask = nullptr, *rgb[3] = {};
+  int row = -2;  // the line r it belongs to
+};
+
+// `in` is lines r - 2 to r + 3.
+template <bool odd_row>
+void find_flat_cells(CellRow &cells, const uint8_t *const in[6], int width, Vec::type threshold) {
+  constexpr const SamplePair(&pairs)[12] = odd_row ? odd_row_pairs : even_row_pairs;
+  for (int x = 0; x < width; x += Vec::bytes) {
+    const auto sample = [&](SamplePlace at) {
+      return every_second(in[2 + at.line] + x + at.column);
+    };
+    auto excess = Vec::zero();
+    for (const SamplePair &pair : pairs) {
+      const auto p = sample(pair.p);
+      const auto q = sample(pair.q);
+      const auto difference =
+          Vec::bit_or(Vec::subtract_saturated_u8(p, q), Vec::subtract_saturated_u8(q, p));
+      excess = Vec::bit_or(excess, Vec::subtract_saturated_u8(difference, threshold));
+    }
+    Vec::store(cells.mask + x, Vec::equal_words(excess, Vec::zero()));
+  }
+}
+
+// `in` is lines r - 1 to r + 2.
+template <bool odd_row>
+void average_cells(CellRow &cells, const uint8_t *const in[4], int width) {
+  for (int x = 0; x < width; x += Vec::bytes) {
+    // VA averages lines r - 1 and r + 1, VB lines r and r + 2.
+    const auto VA = [&](int column) {
+      return Vec::average_u8(every_second(in[0] + x + column), every_second(in[2] + x + column));
+    };
+    const auto VB = [&](int column) {
+      return Vec::average_u8(every_second(in[1] + x + column), every_second(in[3] + x + column));
+    };
+    const auto red_rows = [&](int column) { return odd_row ? VB(column) : VA(column); };
+    const auto blue_rows = [&](int column) { return odd_row ? VA(column) : VB(column); };
+    const auto R = Vec::average_u8(red_rows(1), red_rows(-1));
+    const auto B = Vec::average_u8(blue_rows(2), blue_rows(0));
+    const auto G = Vec::average_u8(Vec::average_u8(blue_rows(1), blue_rows(-1)),
+                                   Vec::average_u8(red_rows(2), red_rows(0)));
+    Vec::store(cells.rgb[0] + x, R);
+    Vec::store(cells.rgb[1] + x, G);
+    Vec::store(cells.rgb[2] + x, B);
+  }
+}
+
+// The cells' colour in place of the pixels', on either line of a cell row.
+void replace_flat_cells(const CellRow &cells, uint8_t *const line[3], int width) {
+  for (int x = 0; x < width; x += Vec::bytes) {
+    const auto mask = Vec::load(cells.mask + x);
+    for (int i = 0; i < 3; ++i) {
+      const auto value = Vec::load(cells.rgb[i] + x);
+      Vec::store(line[i] + x, blend(mask, join_columns(value, value), Vec::load(line[i] + x)));
+    }
+  }
+}
+
+// Keeps the last block's cells. Qualities 0 and 1 will find them.
+void leave_flat_cells(const CellRow &cells, Parameters &p, int width) {
+  const int last_block = (width / Vec::bytes - 1) * Vec::bytes;
+  store_words(p.flat_cell_mask.lane, Vec::load(cells.mask + last_block));
+  for (int i = 0; i < 3; ++i) {
+    store_words(p.flat_cell_rgb[i].lane, Vec::load(cells.rgb[i] + last_block));
+  }
+}
+
+// What was left, in every block of the line. Required behaviour of qualities 0 and 1.
+void replace_stale_cells(const Parameters &p, uint8_t *const line[3], int width) {
+  const auto mask = load(p.flat_cell_mask);
+  for (int i = 0; i < 3; ++i) {
+    const auto value = load(p.flat_cell_rgb[i]);
+    const auto pixels = join_columns(value, value);
+    for (int x = 0; x < width; x += Vec::bytes) {
+      Vec::store(line[i] + x, blend(mask, pixels, Vec::load(line[i] + x)));
+    }
+  }
+}
+
+bool has_stale_cells(const Parameters &p) {
+  for (const int16_t lane : p.flat_cell_mask.lane) {
+    if (lane != 0) return true;
+  }
+  return false;
+}
+
+}  // namespace
+}  // namespace ppl::TIER

@@ -1,0 +1,104 @@
+// Lines of the mosaic, as the stages of a chain see them.
+#pragma once
+
+#include "kernels/single/lines.inl.h"
+
+namespace ppl::TIER {
+namespace {
+
+// How far a stage's window reaches beside its own column at the most.
+constexpr int widest_reach = 3;
+
+// Off the frame a line reads its reflection about the first and the last column.
+void reflect_columns(uint8_t *line, int width) {
+  for (int i = 1; i <= widest_reach; ++i) {
+    line[-i] = line[i];
+    line[width - 1 + i] = line[width - 1 - i];
+  }
+}
+
+// Off the frame a line number reads its reflection about the first and the last line.
+int reflected(int y, int height) { return y < 0 ? -y : y >= height ? 2 * (height - 1) - y : y; }
+
+// Where the lines of the mosaic stand. With a stride other than the width a chain's line pairs move
+// by the width and the stride together, and each stage steps from its pair by its own step: which
+// bytes a line number means then depends on the pair that is being emitted. Meant so.
+struct MosaicLines {
+  uint8_t *frame;
+  int width, height, pitch, stride;  // pitch: the width as the caller gave it
+
+  explicit MosaicLines(const PplContext &ctx, uint8_t *src)
+      : frame(src),
+        width(ctx.frame_width & ~1),
+        height(ctx.frame_height & ~1),
+        pitch(ctx.frame_width),
+        stride(ctx.frame_stride) {}
+
+  bool is_contiguous() const { return stride == pitch; }
+
+  uint8_t *line(int pair, int y, int step) const {
+    const int start = pair * (pitch + stride);
+    const int i = y - 2 * pair;
+    // What would lie before the frame is read from below the pair's first line.
+    const int offset = start + i * step < 0 ? start - i * step : start + i * step;
+    return frame + offset;
+  }
+};
+
+// A ring of lines by line number; its capacity is how many of them are alive at a time.
+class LineRing {
+ public:
+  LineRing() = default;
+  LineRing(LineMemory &memory, int length, int capacity)
+      : first_(memory.line(length)), pitch_(LineMemory::pitch(length)), capacity_(capacity) {
+    for (int i = 1; i < capacity; ++i) memory.line(length);
+  }
+
+  uint8_t *operator[](int y) const { return first_ + slot(y) * pitch_; }
+  int slot(int y) const { return y % capacity_; }
+
+ private:
+  uint8_t *first_ = nullptr;
+  int pitch_ = 0, capacity_ = 1;
+};
+
+// Copies of mosaic lines with their columns reflected, kept for as long as they may be asked for
+// again.
+class ReflectedLines {
+ public:
+  ReflectedLines(LineMemory &memory, const MosaicLines &mosaic, int capacity)
+      : mosaic_(mosaic), lines_(memory, mosaic.width, capacity) {
+    for (int &number : holds_) number = -1;
+  }
+
+  // Line y, after reflection, while `pair` is being emitted.
+  const uint8_t *get(int pair, int y, int step) {
+    const int number = reflected(y, mosaic_.height);
+    uint8_t *const to = lines_[number];
+    int &held = holds_[lines_.slot(number)];
+    if (held == number) return to;
+    const uint8_t *const from = mosaic_.line(pair, number, step);
+    int x = 0;
+    for (; x + Vec::bytes <= mosaic_.width; x += Vec::bytes) {
+      Vec::store(to + x, Vec::load(from + x));
+    }
+    for (; x < mosaic_.width; ++x) to[x] = from[x];
+    reflect_columns(to, mosaic_.width);
+    // With other strides the same number means other bytes the next time.
+    held = mosaic_.is_contiguous() ? number : -1;
+    return to;
+  }
+
+ private:
+  const MosaicLines &mosaic_;
+  LineRing lines_;
+  int holds_[6];
+};
+
+// Samples of every second column as words, from column `x` on, wherever that is.
+inline Vec::type every_second(const uint8_t *x) {
+  return Vec::bit_and(Vec::load(x), Vec::words(0x00FF));
+}
+
+}  // namespace
+}  // namespace ppl::TIER
