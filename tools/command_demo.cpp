@@ -1,0 +1,52 @@
+#include <fmt/core.h>
+
+#include <memory>
+#include <string>
+
+#include "commands.h"
+#include "controls_table.h"
+#include "picture_file.h"
+#include "picture_output.h"
+#include "scene_source.h"
+#include "stream.h"
+
+namespace ppl::tool {
+namespace {
+
+constexpr const char *kSize = "640x480";
+
+void demo(const std::string &path) {
+  const Size size = parse_size(kSize);
+  const Simulator simulator = simulate_scene("chart", size, 1);
+
+  const Context context;
+  set_frame_size(context, size);
+  set_control(context, "quality=0");
+  FrameRunner runner(context, size, Format::kI420);
+  ppl_simulator_render(simulator.get(), runner.raw());
+  write_file(path, encode_png(to_picture(runner.run())));
+
+  if (path == "-") return;
+  fmt::print("{} shows a simulated test chart, taken through the library. Step by step:\n", path);
+  fmt::print("  ppl simulate -o chart.raw --size {} --hot 0 --dead 0\n", kSize);
+  fmt::print("  ppl convert chart.raw --size {} --format i420 --quality 0 -o {}\n", kSize, path);
+}
+
+}  // namespace
+
+void add_demo(CLI::App &app) {
+  CLI::App *command =
+      app.add_subcommand("demo",
+                         "Examples:\n"
+                         "  ppl demo\n"
+                         "  ppl demo -o first.png\n"
+                         "\n"
+                         "Makes a first picture: a test chart through the simulator and "
+                         "the library.\n");
+  const auto path = std::make_shared<std::string>("demo.png");
+  command->add_option("-o,--output", *path, "picture to write (default demo.png)")
+      ->type_name("FILE");
+  command->callback([path] { demo(*path); });
+}
+
+}  // namespace ppl::tool

@@ -1,0 +1,44 @@
+// Frame sizes and the layouts of frames that the library writes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ppl::tool {
+
+struct Size {
+  uint32_t width = 0, height = 0;
+};
+
+// "640x480". Throws UsageError.
+Size parse_size(const std::string &text);
+
+enum class Format { kI420, kYuyv, kUyvy, kRgb24, kRgb32 };
+
+struct FormatInfo {
+  Format format;
+  const char *name;
+  const char *layout;
+};
+
+const std::vector<FormatInfo> &formats();
+const char *format_name(Format format);
+
+inline bool is_rgb(Format format) { return format == Format::kRgb24 || format == Format::kRgb32; }
+
+// Bytes of a frame.
+size_t frame_bytes(Format format, Size size);
+
+// A finished frame in one of the formats. Two chroma planes lie behind the luma plane in I420, each
+// of a quarter of its size; RGB lines run from bottom to top, with the bytes B, G, R (and 0).
+struct FrameView {
+  Format format;
+  Size size;
+  const uint8_t *data;
+
+  size_t bytes() const { return frame_bytes(format, size); }
+};
+
+}  // namespace ppl::tool

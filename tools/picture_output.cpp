@@ -1,0 +1,110 @@
+#include "picture_output.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cctype>
+#include <regex>
+
+#include "failure.h"
+#include "picture_file.h"
+
+namespace ppl::tool {
+namespace {
+
+// %d, %3d or %03d; %% is no number.
+const std::regex kNumberPlace("%(0?)([1-9]?)d");
+
+bool one_picture_only(Container container) {
+  return container == Container::kPng || container == Container::kPpm;
+}
+
+std::string numbered_name(const std::string &path, uint64_t number) {
+  std::smatch match;
+  std::regex_search(path, match, kNumberPlace);
+  std::string digits = std::to_string(number);
+  const size_t width = match[2].length() ? static_cast<size_t>(match[2].str()[0] - '0') : 0;
+  if (digits.size() < width) digits.insert(0, width - digits.size(), match[1].length() ? '0' : ' ');
+  return match.prefix().str() + digits + match.suffix().str();
+}
+
+}  // namespace
+
+Container container_of(const std::string &path) {
+  const size_t dot = path.find_last_of("./");
+  if (dot == std::string::npos || path[dot] != '.') return Container::kRaw;
+  std::string extension = path.substr(dot + 1);
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  if (extension == "png") return Container::kPng;
+  if (extension == "ppm") return Container::kPpm;
+  if (extension == "y4m") return Container::kY4m;
+  return Container::kRaw;
+}
+
+Container parse_container(const std::string &word) {
+  if (word == "raw") return Container::kRaw;
+  if (word == "png") return Container::kPng;
+  if (word == "ppm") return Container::kPpm;
+  if (word == "y4m") return Container::kY4m;
+  throw UsageError(fmt::format("'{}' is no kind of file: use raw, png, ppm or y4m", word));
+}
+
+FrameOutput::FrameOutput(std::optional<std::string> path, Container container)
+    : path_(std::move(path)),
+      container_(container),
+      numbered_(path_ && one_picture_only(container) && std::regex_search(*path_, kNumberPlace)) {
+  if (!numbered_) start_file();
+}
+
+bool FrameOutput::takes_several() const { return numbered_ || !one_picture_only(container_); }
+
+void FrameOutput::start_file() {
+  if (!path_) return;
+  files_.push_back(
+      std::make_unique<OutputFile>(numbered_ ? numbered_name(*path_, frames_) : *path_));
+}
+
+void FrameOutput::put(const uint8_t *data, size_t size) {
+  md5_.update(data, size);
+  if (!files_.empty()) files_.back()->write(data, size);
+}
+
+void FrameOutput::add(const FrameView &frame) {
+  if (frames_ > 0 && !takes_several())
+    throw Failure(
+        "a PNG or PPM file holds one picture, and there are more frames: use --frames 1, or a name "
+        "with "
+        "their number such as out_%03d.png, or .y4m");
+  if (numbered_) start_file();
+  switch (container_) {
+    case Container::kRaw:
+      put(frame.data, frame.bytes());
+      break;
+    case Container::kPng:
+      put(encode_png(to_picture(frame)));
+      break;
+    case Container::kPpm:
+      put(encode_ppm(to_picture(frame)));
+      break;
+    case Container::kY4m:
+      if (frames_ == 0) put(y4m_header(frame.format, frame.size));
+      put(y4m_frame(frame));
+      break;
+  }
+  ++frames_;
+  // Finished pictures need no open file, and a long film has many of them.
+  if (numbered_) files_.back()->close();
+}
+
+void FrameOutput::finish() {
+  for (const auto &file : files_) file->commit();
+}
+
+void write_file(const std::string &path, const std::vector<uint8_t> &bytes) {
+  OutputFile file(path);
+  file.write(bytes);
+  file.commit();
+}
+
+}  // namespace ppl::tool
