@@ -5,7 +5,7 @@
 namespace ppl {
 namespace {
 
-// Default matrices in 8.8, each row summing to 256: the first for grey pixels, the second for
+// Default matrices in 8.8, each row summing to about 256: the first for grey pixels, the second for
 // strongly coloured ones.
 constexpr int32_t default_sensor_matrix[18] = {
     177, 88,  -9,  24,  232, -1,  29,  62,   166,  //

@@ -16,6 +16,18 @@ struct Buffers {
   uint8_t *dst_chroma;
 };
 
+// The fields of an interlaced frame: a field of the second one's parity from a frame earlier, which
+// the motion test compares it with; the even lines; the odd lines.
+struct Fields {
+  const uint8_t *reference, *first, *second;
+};
+
+// From packed video, YUYV where `luma_first`.
+using VideoPass = void (*)(PplContext &ctx, const uint8_t *src, uint8_t *dst);
+struct VideoPasses {
+  VideoPass from_yuyv, from_uyvy;
+};
+
 using Pass = void (*)(PplContext &ctx, const Buffers &buffers);
 
 // Functions per format and sign of the decimation. A null one is a pass that does not exist.
@@ -32,6 +44,10 @@ struct TierKernels {
   Pass copy[format_count];                // qualities 4 and 9
   void (*run_chain)(PplContext &ctx, const Buffers &buffers, Format format, const Chain &chain,
                     bool repairs);  // qualities 0, 1, 2, 10, 11, 12, 14
+  VideoPasses progressive_i420, progressive_rgb24;
+  VideoPass unpack_yyyy;
+  void (*convert_fields)(PplContext &ctx, const Fields &fields, uint8_t *dst, bool luma_first,
+                         Format format, bool tests_motion);
   void (*clear_mmx_state)();
 };
 

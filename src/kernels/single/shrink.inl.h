@@ -197,7 +197,7 @@ void sweep_rows(PplContext &ctx, const Buffers &b, const FrontEndTables &tables,
 }
 
 template <class Sink, Gathering gathering, class Row>
-void run_shrinking(PplContext &ctx, const Buffers &b, const FrontEndTables &tables,
+[[gnu::noinline]] void run_shrinking(PplContext &ctx, const Buffers &b, const FrontEndTables &tables,
                    const CellGrid &grid, bool mirrored) {
   LineMemory memory(ctx);
   const RowLines lines(memory, grid.width / 2);

@@ -7,6 +7,8 @@
 #include "kernels/single/enlarge.inl.h"
 #include "kernels/single/monochrome.inl.h"
 #include "kernels/single/shrink.inl.h"
+#include "kernels/yuv/interlaced.inl.h"
+#include "kernels/yuv/progressive.inl.h"
 
 namespace ppl::TIER {
 namespace {
@@ -40,6 +42,10 @@ constinit const TierKernels kernels = {
     // clang-format on
     .copy = {copy_i420, copy_packed<0>, copy_packed<1>, copy_rgb<3>, copy_rgb<4>},
     .run_chain = run_chain,
+    .progressive_i420 = {progressive_i420<true>, progressive_i420<false>},
+    .progressive_rgb24 = {progressive_rgb24<true>, progressive_rgb24<false>},
+    .unpack_yyyy = unpack_yyyy,
+    .convert_fields = convert_fields,
     .clear_mmx_state = clear_mmx_state,
 };
 
