@@ -48,25 +48,23 @@ inline constexpr test_hooks::CpuidFunction no_tier = plain_processor<edx_mmx>;
 
 // ---- Derived entries by name ----
 
-#define PPL_DERIVED_ENTRIES(X)                                                                     \
-  X(qual_BmGb_lo_vec)                                                                              \
-  X(qual_BmGb_hi_vec) X(qual_GrmR_lo_vec) X(qual_GrmR_hi_vec) X(qual_BmGb_p_GrmR_lo_vec)           \
-      X(qual_BmGb_p_GrmR_hi_vec) X(qual_BmGb_m_GrmR_lo_vec) X(qual_BmGb_m_GrmR_hi_vec) X(          \
-          qual_GR_base_vec) X(qual_GR_span_vec) X(qual_BG_base_vec) X(qual_BG_span_vec)            \
-          X(qAE_min_vec) X(qAE_lo_vec) X(qAE_max_vec) X(qAE_hi_vec) X(edge_threshold_vec) X(       \
-              edge_threshold2_vec) X(edge_enhance_factor_vec) X(intl_3T_vec) X(noise_G_12T_vec)    \
-              X(noise_R_8T_vec) X(noise_B_8T_vec) X(CFA_T0_vec) X(CFA_T1_vec) X(rgb_slope_vec)     \
-                  X(full_slope_vec) X(studio_slope_vec) X(studio_slope_q12_vec) X(rgb_base0_vec)   \
-                      X(full_base0_vec) X(studio_base0_vec) X(studio_base0_q12_vec)                \
-                          X(rgb_base1_vec) X(full_base1_vec) X(studio_base1_vec)                   \
-                              X(studio_base1_q12_vec) X(index_mask_vec) X(offset_studio_vec)       \
-                                  X(offset_full_vec) X(offset_rgb_vec) X(rgb_gain_BG_vec)          \
-                                      X(rgb_gain_GR_vec) X(quals_gain_BG_vec) X(quals_gain_GR_vec) \
-                                          X(rgb_delta_BG_vec) X(rgb_delta_GR_vec)                  \
-                                              X(optical_black_BG_vec) X(optical_black_GR_vec)      \
-                                                  X(medium_diff_vec) X(medium_hot_vec)             \
-                                                      X(medium_dead_vec) X(medium_hot_pct_vec)     \
-                                                          X(medium_dead_pct_vec)
+// clang-format off
+#define PPL_DERIVED_ENTRIES(X) \
+  X(qual_BmGb_lo_vec) X(qual_BmGb_hi_vec) X(qual_GrmR_lo_vec) X(qual_GrmR_hi_vec) \
+  X(qual_BmGb_p_GrmR_lo_vec) X(qual_BmGb_p_GrmR_hi_vec) X(qual_BmGb_m_GrmR_lo_vec) \
+  X(qual_BmGb_m_GrmR_hi_vec) X(qual_GR_base_vec) X(qual_GR_span_vec) X(qual_BG_base_vec) \
+  X(qual_BG_span_vec) X(qAE_min_vec) X(qAE_lo_vec) X(qAE_max_vec) X(qAE_hi_vec) \
+  X(edge_threshold_vec) X(edge_threshold2_vec) X(edge_enhance_factor_vec) X(intl_3T_vec) \
+  X(noise_G_12T_vec) X(noise_R_8T_vec) X(noise_B_8T_vec) X(CFA_T0_vec) X(CFA_T1_vec) \
+  X(rgb_slope_vec) X(full_slope_vec) X(studio_slope_vec) X(studio_slope_q12_vec) \
+  X(rgb_base0_vec) X(full_base0_vec) X(studio_base0_vec) X(studio_base0_q12_vec) \
+  X(rgb_base1_vec) X(full_base1_vec) X(studio_base1_vec) X(studio_base1_q12_vec) \
+  X(index_mask_vec) X(offset_studio_vec) X(offset_full_vec) X(offset_rgb_vec) \
+  X(rgb_gain_BG_vec) X(rgb_gain_GR_vec) X(quals_gain_BG_vec) X(quals_gain_GR_vec) \
+  X(rgb_delta_BG_vec) X(rgb_delta_GR_vec) X(optical_black_BG_vec) X(optical_black_GR_vec) \
+  X(medium_diff_vec) X(medium_hot_vec) X(medium_dead_vec) X(medium_hot_pct_vec) \
+  X(medium_dead_pct_vec)
+// clang-format on
 
 enum class Tier { p3, sse2 };
 inline constexpr Tier tiers[] = {Tier::p3, Tier::sse2};

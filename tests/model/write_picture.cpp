@@ -212,7 +212,9 @@ void write_runs(const Picture &picture, const Layout &layout, int frame_width, i
   if (format != Format::i420) return;
 
   const int64_t chroma_start = (v ? layout.Q - W : 0) + (h ? W / 2 - 2 * B : 0);
-  const int64_t chroma_step = 2 * sy * (W / 2) - sx * (frame_width / 2);
+  // A line forth by the cells of the frame and back by a chroma line; of an odd width only whole
+  // cells count.
+  const int64_t chroma_step = 2 * sy * (W / 2) - sx * (W / 2 - frame_width / 2);
   for (int row = 0; row < picture.u.height(); ++row) {
     for (int x = 0; x < picture.u.width(); ++x) {
       const int64_t at = chroma_start + row * chroma_step + in_run(x);
