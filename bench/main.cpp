@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <exception>
 #include <regex>
 #include <string>
 
@@ -72,9 +73,7 @@ int run(const Options &options) {
   return right ? 0 : 1;
 }
 
-}  // namespace
-
-int main(int argc, char **argv) {
+int parse_and_run(int argc, char **argv) {
   Options options;
   CLI::App app("Measures how fast the library is.", "ppl_bench");
   app.add_option("--filter,--benchmark_filter", options.filter,
@@ -88,12 +87,18 @@ int main(int argc, char **argv) {
   app.add_option("--json", options.json, "also write Google Benchmark's JSON to this file");
   app.add_option("--core", options.processor, "run on this processor; the last one if not given");
   CLI11_PARSE(app, argc, argv);
+  return run(options);
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
   try {
-    return run(options);
+    return parse_and_run(argc, argv);
   } catch (const std::regex_error &) {
-    fmt::print(stderr, "not a regular expression: {}\n", options.filter);
+    std::fputs("the filter is not a regular expression\n", stderr);
   } catch (const std::exception &error) {
-    fmt::print(stderr, "{}\n", error.what());
+    std::fprintf(stderr, "%s\n", error.what());
   }
   return 1;
 }

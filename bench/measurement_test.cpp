@@ -84,7 +84,9 @@ TEST(Runner, RouteThatConsumesTheFrameOtherwiseIsWrong) {
 Suite two_routes() {
   Comparison comparison;
   comparison.name = "small/I420";
-  comparison.routes = {{.name = "reference"}, {.name = "route"}, {.name = "other"}};
+  comparison.routes = {
+      {.name = "reference"}, {.name = "model"}, {.name = "route"}, {.name = "other"}};
+  comparison.routes[2].same_as = "model";
   Section section;
   section.name = "topic";
   section.references = {"reference"};
@@ -92,12 +94,13 @@ Suite two_routes() {
   return {section};
 }
 
-TEST(Filter, KeepsTheReferencesOfWhatItTakes) {
+TEST(Filter, KeepsWhatItsRoutesAreComparedWith) {
   Suite suite = two_routes();
   select(suite, Filter("I420/route$"));
   ASSERT_EQ(suite.size(), 1u);
   EXPECT_NE(suite[0].comparisons[0].find("route"), nullptr);
   EXPECT_NE(suite[0].comparisons[0].find("reference"), nullptr);
+  EXPECT_NE(suite[0].comparisons[0].find("model"), nullptr);
   EXPECT_EQ(suite[0].comparisons[0].find("other"), nullptr);
 }
 

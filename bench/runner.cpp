@@ -53,7 +53,9 @@ void select(Suite &suite, const Filter &filter) {
     for (Comparison &comparison : section.comparisons) {
       std::vector<std::string> kept;
       for (const Route &route : comparison.routes) {
-        if (filter.takes(full_name(section, comparison, route))) kept.push_back(route.name);
+        if (!filter.takes(full_name(section, comparison, route))) continue;
+        kept.push_back(route.name);
+        if (!route.same_as.empty()) kept.push_back(route.same_as);
       }
       if (!kept.empty()) {
         kept.insert(kept.end(), section.references.begin(), section.references.end());

@@ -19,7 +19,7 @@ class Filter {
   bool excludes_;
 };
 
-// Leaves of the suite what the filter takes, and the references that this is divided by.
+// Leaves of the suite what the filter takes, and what this is divided by or compared with.
 void select(Suite &suite, const Filter &filter);
 
 class Runner {

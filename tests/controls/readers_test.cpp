@@ -414,6 +414,15 @@ TEST_F(FrameReaders, AFallbackFrameKeepsTheStatistics) {
   EXPECT_EQ(ppl_n_frame(context), 70u);
 }
 
+TEST_F(FrameReaders, PackedVideoCountsItsFrameAndLeavesTheStatistics) {
+  ASSERT_EQ(ppl_new_frame_sizes(context, 320, 240, 320, 240), 1);
+  mark_statistics();
+  const std::vector<uint32_t> before = all_statistics();
+  EXPECT_EQ(YUYVToI420MMX(context, source.data(), destination.data(), 320, 240, 320, 240), 1);
+  EXPECT_EQ(all_statistics(), before);
+  EXPECT_EQ(ppl_n_frame(context), 71u);
+}
+
 TEST_F(FrameReaders, EveryFrameCounts) {
   const uint32_t before = ppl_n_frame(context);
   for (uint32_t quality = 0; quality < 15; ++quality) {

@@ -201,9 +201,11 @@ TEST_F(ChainFormats, MirrorsReverseThePicture) {
   const Bytes original = frame;
   run(0, Format::i420);
   const Bytes plain(output, output + W * H * 3 / 2);
-  for (const auto &[h, v] : {std::pair{1, 0}, {0, 1}, {1, 1}}) {
-    ppl_set_h_mirror(ctx, static_cast<uint8_t>(h));
-    ppl_set_v_mirror(ctx, static_cast<uint8_t>(v));
+  for (const int mirrors : {1, 2, 3}) {
+    const bool h = mirrors % 2 != 0;
+    const bool v = mirrors / 2 != 0;
+    ppl_set_h_mirror(ctx, h ? 1 : 0);
+    ppl_set_v_mirror(ctx, v ? 1 : 0);
     frame = original;
     run(0, Format::i420);
     const auto turned = [&](int start, int width, int height) {

@@ -13,32 +13,42 @@
 
 namespace ppl_test {
 
-// The image that the environment names in PPL_IMAGE, else ppl.sys.
-std::string image_path();
-
+// Reads a file, or ends the program with a message.
 std::vector<uint8_t> read_image(const std::string &path);
 
-class HostedDriver {
+class HostedImage {
  public:
-  // Loads the image on the first call and ends the program with a message if that fails.
-  static HostedDriver &get();
+  // Ends the program with a message if the image cannot be loaded.
+  HostedImage(const std::string &path, Importer importer);
 
   const PeImage &image() const { return image_; }
   bool is_driver() const { return file_.header().subsystem == pe::subsystem_native; }
 
-  // Calls the load entry.
+  // Calls a driver's load entry.
   int32_t load(void *driver_object, void *registry_path) const;
 
-  // Puts the image's memory back to what it was before anything ran, and loads it anew.
-  void reload();
+ protected:
+  // Puts the memory back to what it was before anything ran.
+  void restore_memory();
 
  private:
-  explicit HostedDriver(const std::string &path);
-
   std::vector<uint8_t> bytes_;
   PeFile file_;
   PeImage image_;
   std::vector<uint8_t> loaded_;  // the memory right after loading
+};
+
+// The image under test, with the functions of ppl.h connected to it: the one that the environment
+// names in PPL_IMAGE, else ppl.sys.
+class HostedDriver : public HostedImage {
+ public:
+  static HostedDriver &get();  // loads it on the first call
+
+  // As if loaded anew.
+  void reload();
+
+ private:
+  HostedDriver();
 };
 
 }  // namespace ppl_test
