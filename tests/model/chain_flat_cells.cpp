@@ -82,15 +82,16 @@ void smooth_flat_cells(const DerivedBlock &params, FlatCells cells, const FlatCe
   const bool odd = cells == FlatCells::odd_lines;
   const Comparisons &comparisons = odd ? odd_line_comparisons : even_line_comparisons;
   const int threshold = params.CFA_T0_vec[0];
+  // Whole blocks: at a width that is no multiple of the block the last one goes on over reflected
+  // samples, for the lanes that it leaves behind.
+  const int blocks_width = (image.width() + B - 1) / B * B;
   // The first and the last line have no cell if cells stand on odd lines.
   for (int r = odd ? 1 : 0; r + 1 < image.height(); r += 2) {
-    for (int x = 0; x < image.width(); x += 2) {
+    for (int x = 0; x < blocks_width; x += 2) {
       const Rgb colour = cell_colour(cells, frame.averages, r, x);
       const bool flat = cell_is_flat(threshold, comparisons, frame.test, r, x);
-      if (flat)
+      if (flat && x < image.width())
         image.at(r, x) = image.at(r, x + 1) = image.at(r + 1, x) = image.at(r + 1, x + 1) = colour;
-      // A lane keeps what was written last. At a width that is no multiple of the block, lanes past
-      // the line's end keep the block before.
       scratch.cells[static_cast<size_t>(x % B / 2)] = {flat, colour.R, colour.G, colour.B};
     }
   }

@@ -460,6 +460,21 @@ TEST_F(ChainFlatCells, LeftOverMaskOverridesQualities0And1OfItsTier) {
   EXPECT_EQ(rgb(20, 40), (Rgb{100, 100, 100}));
 }
 
+TEST_F(ChainFlatCells, LastBlockOfAnOddWidthGoesOnOverReflectedSamples) {
+  use_identity_matrices();
+  ppl_set_P3_only(ctx, 1);
+  // The last block holds columns 128 and 129. An edge in column 123 breaks the cells that see it
+  // mirrored, at 135: that of lane 6, and that of lane 4, whose window ends there.
+  set_size(130, 48);
+  fill(60);
+  for (int y = 0; y < H; ++y) raw(y, 123) = 200;
+  run(11, Format::i420);
+  fill(100);
+  run(1, Format::rgb24);
+  for (int lane = 0; lane < 8; lane += 2)
+    EXPECT_EQ(rgb(20, 40 + lane), lane < 4 ? (Rgb{60, 60, 60}) : (Rgb{100, 100, 100})) << lane;
+}
+
 TEST_F(ChainFlatCells, FrameLeftOpenLeavesTheMaskOpen) {
   ppl_set_P3_only(ctx, 1);
   // Lines that overlap.
