@@ -11,8 +11,8 @@
 
 /* Frame buffers on 16-byte boundaries: at 16 the SSE2 kernels run, at 8 the older ones, and at less
    none at all. As static data of a driver they are never paged out, so a frame may be processed at
-   DISPATCH_LEVEL. Buffers from ExAllocatePoolWithTag are aligned to 8 only on this platform: ask for
-   16 bytes more and round up. */
+   DISPATCH_LEVEL. Buffers from ExAllocatePoolWithTag are aligned to 8 only on this platform: ask
+   for 16 bytes more and round up. */
 static DECLSPEC_ALIGN(16) UCHAR raw_frame[WIDTH * HEIGHT];
 static DECLSPEC_ALIGN(16) UCHAR picture[WIDTH * HEIGHT * 4];
 
@@ -27,11 +27,13 @@ static NTSTATUS open_stream(struct stream *stream) {
   stream->context = ppl_init();
   if (stream->context == NULL) return STATUS_INSUFFICIENT_RESOURCES;
 
-  /* All controls are at their defaults now. A setter returns 0 for a value that it does not take. */
+  /* All controls are at their defaults now. A setter returns 0 for a value that it does not take.
+   */
   ppl_set_rgb_gain(stream->context, 290, 256, 330); /* 8.8 fixed point: 256 is one */
   ppl_set_gamma(stream->context, 2);
 
-  /* The size may as well come with the first frame; but then that frame is dropped in some formats. */
+  /* The size may as well come with the first frame; but then that frame is dropped in some formats.
+   */
   if (!ppl_new_frame_size(stream->context, WIDTH, HEIGHT, WIDTH)) {
     ppl_free(stream->context);
     return STATUS_INVALID_PARAMETER;
@@ -47,8 +49,8 @@ static void close_stream(struct stream *stream) {
 typedef uint8_t(PPL_CALL *convert_function)(PplContext *ctx, uint8_t *src, uint8_t *dst,
                                             uint32_t width, uint32_t height);
 
-/* Processes one frame, at DISPATCH_LEVEL or below. ppl saves and restores the floating-point state by
-   itself. The raw frame is used up: the camera's next one goes there. */
+/* Processes one frame, at DISPATCH_LEVEL or below. ppl saves and restores the floating-point state
+   by itself. The raw frame is used up: the camera's next one goes there. */
 static BOOLEAN process_frame(struct stream *stream, convert_function convert) {
   if (convert(stream->context, raw_frame, picture, WIDTH, HEIGHT)) return TRUE;
   /* No kernel could run, because of the processor, the buffers' alignment or a failed save. The
@@ -90,11 +92,11 @@ struct format {
 
 static NTSTATUS run_frames(struct stream *stream) {
   const struct format formats[] = {
-      {"I420", BaylorToI420MMX, WIDTH * HEIGHT * 3 / 2, 0x00000000},
-      {"YUYV", BaylorToYUYVMMX, WIDTH * HEIGHT * 2, 0x00000000},
-      {"UYVY", BaylorToUYVYMMX, WIDTH * HEIGHT * 2, 0x00000000},
-      {"RGB32", BaylorToRGB32MMX, WIDTH * HEIGHT * 4, 0x00000000},
-      {"RGB32, half the size", BaylorToRGB32MMX_deci_2_1, WIDTH * HEIGHT, 0x00000000},
+      {"I420", BaylorToI420MMX, WIDTH * HEIGHT * 3 / 2, 0x52B1B84C},
+      {"YUYV", BaylorToYUYVMMX, WIDTH * HEIGHT * 2, 0xE9C50EA3},
+      {"UYVY", BaylorToUYVYMMX, WIDTH * HEIGHT * 2, 0x42DC628F},
+      {"RGB32", BaylorToRGB32MMX, WIDTH * HEIGHT * 4, 0x4832F758},
+      {"RGB32, half the size", BaylorToRGB32MMX_deci_2_1, WIDTH * HEIGHT, 0x6E8E1017},
   };
   NTSTATUS status = STATUS_SUCCESS;
   unsigned i;

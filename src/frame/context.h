@@ -82,8 +82,8 @@ struct ParameterBlock {
   Words medium_hot_vec, medium_dead_vec;
   Words medium_hot_pct_vec, medium_dead_pct_vec;  // 8.6
 
-  // Left by the last block of the last cell row that smoothed flat cells, a word per cell: qualities 0
-  // and 1 read them, and never write them.
+  // Left by the last block of the last cell row that smoothed flat cells, a word per cell:
+  // qualities 0 and 1 read them, and never write them.
   Words flat_cell_mask, flat_cell_rgb[3];
 
   // Both lines of the group saved last, after black subtraction. It outlives the frame.

@@ -69,7 +69,12 @@ class ChainSweep {
     for (int pair = 0; pair < pairs_; ++pair) {
       pair_ = pair;
       const int ahead = smaller(pair + lead_, pairs_ - 1);
-      while (next_front_end_ <= ahead) front_end(next_front_end_++);
+      while (next_front_end_ <= ahead) {
+        const int q = next_front_end_++;
+        front_end(q);
+        // Two more lines could not wait unrepaired for long.
+        if (repairs_) repair_up_to(2 * q - 1);
+      }
       if (repairs_) repair_up_to(2 * (pair + lead_ - 1) + 1);
       if (chain_.demosaic == Demosaic::grey) {
         finish_grey_pair();

@@ -197,8 +197,9 @@ void sweep_rows(PplContext &ctx, const Buffers &b, const FrontEndTables &tables,
 }
 
 template <class Sink, Gathering gathering, class Row>
-[[gnu::noinline]] void run_shrinking(PplContext &ctx, const Buffers &b, const FrontEndTables &tables,
-                   const CellGrid &grid, bool mirrored) {
+[[gnu::noinline]] void run_shrinking(PplContext &ctx, const Buffers &b,
+                                     const FrontEndTables &tables, const CellGrid &grid,
+                                     bool mirrored) {
   LineMemory memory(ctx);
   const RowLines lines(memory, grid.width / 2);
   const Row out(memory, grid.width / 2);
