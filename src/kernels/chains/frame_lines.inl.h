@@ -36,12 +36,26 @@ struct MosaicLines {
 
   bool is_contiguous() const { return stride == pitch; }
 
-  uint8_t *line(int pair, int y, int step) const {
-    const int start = pair * (pitch + stride);
-    const int i = y - 2 * pair;
-    // What would lie before the frame is read from below the pair's first line.
-    const int offset = start + i * step < 0 ? start - i * step : start + i * step;
-    return frame + offset;
+  // Where line y starts while `pair` is being emitted. Negative where it would lie before the
+  // frame.
+  int offset(int pair, int y, int step) const {
+    return pair * (pitch + stride) + (y - 2 * pair) * step;
+  }
+
+  uint8_t *line(int pair, int y, int step) const { return frame + offset(pair, y, step); }
+
+  // Copies a line. A sample that would lie before the frame is read from as many lines below the
+  // pair's first one as the line lies above it.
+  void copy_line(uint8_t *to, int pair, int y, int step) const {
+    const int start = offset(pair, y, step);
+    int x = 0;
+    if (start < 0) {
+      const uint8_t *const mirrored = frame + offset(pair, 4 * pair - y, step);
+      for (; x < width && start + x < 0; ++x) to[x] = mirrored[x];
+    }
+    const uint8_t *const from = frame + start;
+    for (; x + Vec::bytes <= width; x += Vec::bytes) Vec::store(to + x, Vec::load(from + x));
+    for (; x < width; ++x) to[x] = from[x];
   }
 };
 
@@ -77,12 +91,7 @@ class ReflectedLines {
     uint8_t *const to = lines_[number];
     int &held = holds_[lines_.slot(number)];
     if (held == number) return to;
-    const uint8_t *const from = mosaic_.line(pair, number, step);
-    int x = 0;
-    for (; x + Vec::bytes <= mosaic_.width; x += Vec::bytes) {
-      Vec::store(to + x, Vec::load(from + x));
-    }
-    for (; x < mosaic_.width; ++x) to[x] = from[x];
+    mosaic_.copy_line(to, pair, number, step);
     reflect_columns(to, mosaic_.width);
     // With other strides the same number means other bytes the next time.
     held = mosaic_.is_contiguous() ? number : -1;
