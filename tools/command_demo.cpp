@@ -27,9 +27,14 @@ void demo(const std::string &path) {
   write_file(path, encode_png(to_picture(runner.run())));
 
   if (path == "-") return;
+  const PplTriple &mean = *ppl_rgb_means_whole_frame(context);
   fmt::print("{} shows a simulated test chart, taken through the library. Step by step:\n", path);
   fmt::print("  ppl simulate -o chart.raw --size {} --hot 0 --dead 0\n", kSize);
   fmt::print("  ppl convert chart.raw --size {} --format i420 --quality 0 -o {}\n", kSize, path);
+  fmt::print("The statistics say: mean of red {:.1f}, green {:.1f}, blue {:.1f} of 255; ",
+             mean.r / 256.0, mean.g / 256.0, mean.b / 256.0);
+  fmt::print("{} of {} cells are near grey.\n", ppl_n_qual_2x2_whole_frame(context),
+             size.width / 2 * (size.height / 2));
 }
 
 }  // namespace
