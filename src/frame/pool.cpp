@@ -5,7 +5,7 @@
 namespace ppl {
 namespace {
 
-constinit PplContext pool[8];
+PplContext pool[8];  // all zero at load
 
 // The rings are views of one area; 5, 6 and 7 overlap because quality 14, which alone uses the last
 // two, never runs with the medium filter, which alone uses the fifth.
