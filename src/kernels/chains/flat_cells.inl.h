@@ -90,7 +90,7 @@ void replace_flat_cells(const CellRow &cells, uint8_t *const line[3], int width)
 
 // Keeps the last block's cells. Qualities 0 and 1 will find them.
 void leave_flat_cells(const CellRow &cells, Parameters &p, int width) {
-  const int last_block = (width / Vec::bytes - 1) * Vec::bytes;
+  const int last_block = (width - 1) / Vec::bytes * Vec::bytes;
   store_words(p.flat_cell_mask.lane, Vec::load(cells.mask + last_block));
   for (int i = 0; i < 3; ++i) {
     store_words(p.flat_cell_rgb[i].lane, Vec::load(cells.rgb[i] + last_block));

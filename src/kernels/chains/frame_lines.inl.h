@@ -9,10 +9,12 @@ namespace {
 // How far a stage's window reaches beside its own column at the most.
 constexpr int widest_reach = 3;
 
-// Off the frame a line reads its reflection about the first and the last column.
+// Off the frame a line reads its reflection about the first and the last column; on the right for
+// the rest of a last block, too.
 void reflect_columns(uint8_t *line, int width) {
-  for (int i = 1; i <= widest_reach; ++i) {
-    line[-i] = line[i];
+  for (int i = 1; i <= widest_reach; ++i) line[-i] = line[i];
+  const int block_end = (width + Vec::bytes - 1) / Vec::bytes * Vec::bytes;
+  for (int i = 1; width - 1 + i < block_end + widest_reach; ++i) {
     line[width - 1 + i] = line[width - 1 - i];
   }
 }
