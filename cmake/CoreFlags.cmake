@@ -17,12 +17,7 @@ endif()
 
 # A kernel stack is 12 KB for everybody. (Clang inlines more into one frame, and builds no driver.)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT PPL_INSTRUMENTED)
-  # The driver is GCC's; Clang shares stack slots less well and is only kept from growing.
-  set(largest_frame 1024)
-  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    set(largest_frame 1536)
-  endif()
-  list(APPEND PPL_CORE_FLAGS $<$<NOT:$<CONFIG:Debug>>:-Wframe-larger-than=${largest_frame}>)
+  list(APPEND PPL_CORE_FLAGS $<$<NOT:$<CONFIG:Debug>>:-Wframe-larger-than=1024>)
 endif()
 
 # 32 bit: a caller on Windows promises a stack aligned to 4 and no more, and xmm registers belong to
