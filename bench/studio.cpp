@@ -69,12 +69,12 @@ void paint_scene(uint8_t *samples, Size size) {
     for (int x = 0; x < size.width; ++x) {
       const double u = static_cast<double>(x) / size.width;
       const double v = static_cast<double>(y) / size.height;
-      double value = 40 + 120 * (0.5 + 0.5 * std::sin(5 * u + 3 * v * v));
+      double value = 150 + 150 * std::sin(5 * u + 3 * v * v);  // from black into saturation
       const int surface = static_cast<int>(8 * u) + 3 * static_cast<int>(6 * v);
       const int position = 2 * (y % 2) + x % 2;  // B, Gb, Gr, R
       if (surface % 3 != 0) {
         const int tint = (surface * 7 + (position == 0 ? 0 : position == 3 ? 2 : 1) * 3) % 5;
-        value *= 0.5 + 0.2 * tint;
+        value *= 0.2 + 0.25 * tint;
       }
       noise = noise * 1664525 + 1013904223;
       value += static_cast<double>(noise >> 24) / 16 - 8;
@@ -138,7 +138,7 @@ Studio::Studio()
   if (!context_) throw std::runtime_error("no context");
   PplContext *const context = context_.get();
   ppl_set_optical_black_b_gb_gr_r(context, 8, 9, 10, 11);
-  ppl_set_rgb_gain(context, 300, 256, 340);
+  ppl_set_rgb_gain(context, 320, 280, 360);
   ppl_set_rgb_delta(context, 2, 0, -1);
   compose_tables();
 }

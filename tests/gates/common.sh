@@ -18,5 +18,5 @@ pick() {
 
 # Joins lines into one, and shows no more than the first few.
 brief() {
-  sort -u | head -5 | paste -sd ' '
+  sort -u | awk 'NR <= 5; NR == 6 { print "..." }' | paste -sd ' '
 }

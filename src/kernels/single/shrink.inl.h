@@ -174,13 +174,15 @@ struct RgbRow {
   }
 };
 
-// Sweeps the frame in rows, and a row in steps of two blocks: first its upper pair, then its lower.
-// After each step `put(row, pairs, first, count)` takes the step's pixels.
+// Sweeps the frame in rows: first the upper pair of a row, then its lower. Where it can be seen it
+// goes in steps of two blocks, otherwise a whole line at a time. After each step `put(row, pairs,
+// first, count)` takes the step's pixels.
 template <class Sink, Gathering gathering, class Put>
 void sweep_rows(PplContext &ctx, const Buffers &b, const FrontEndTables &tables,
                 const CellGrid &grid, const RowLines &lines, Put put) {
   SinglePass<Sink, gathering> pass(ctx, tables);
-  constexpr int step = 2 * decltype(pass)::block;
+  const bool steps_show = ctx.decimation != 1 || gathering.loses_mask;
+  const int step = steps_show ? 2 * decltype(pass)::block : grid.width;
   for (int row = 0; 2 * row < grid.pairs; ++row) {
     const int pairs = grid.pairs - 2 * row < 2 ? 1 : 2;
     for (int x = 0; x < grid.width; x += step) {

@@ -33,9 +33,10 @@ class AnyArguments {
     for (uint32_t &word : contents_) word = static_cast<uint32_t>(random.next());
   }
 
-  // A fresh context with the frame's size.
-  void prepare() {
+  // A fresh context with the frame's size, on one tier or the best one that there is.
+  void prepare(bool p3_only) {
     context_ = ppl_init();
+    ppl_set_P3_only(context_, p3_only);
     ppl_new_frame_size(context_, any_width, any_height, any_width);
   }
   void finish() { ppl_free(context_); }
@@ -50,8 +51,8 @@ class AnyArguments {
     constexpr bool takes_buffers =
         ((std::is_pointer_v<Parameters> && !is_context<Parameters>) || ...);
     if constexpr (takes_buffers) std::ranges::copy(contents_, memory_.begin());
-    takes_sizes_ = (std::is_same_v<Parameters, uint8_t *> || ...) ||
-                   name.find("new_frame_size") != name.npos;
+    takes_sizes_ =
+        (std::is_same_v<Parameters, uint8_t *> || ...) || name.find("new_frame_size") != name.npos;
     // In this order: arguments in braces are made from left to right.
     struct Words {
       std::array<uint32_t, sizeof...(Parameters) + 1> of;
@@ -88,14 +89,18 @@ class AnyArguments {
 
   template <class T>
   static uint32_t word(T value) {
-    if constexpr (std::is_pointer_v<T>) return reinterpret_cast<uint32_t>(value);
-    else return static_cast<uint32_t>(value);
+    if constexpr (std::is_pointer_v<T>)
+      return reinterpret_cast<uint32_t>(value);
+    else
+      return static_cast<uint32_t>(value);
   }
 
   template <class T>
   static T back(uint32_t value) {
-    if constexpr (std::is_pointer_v<T>) return reinterpret_cast<T>(value);
-    else return static_cast<T>(value);
+    if constexpr (std::is_pointer_v<T>)
+      return reinterpret_cast<T>(value);
+    else
+      return static_cast<T>(value);
   }
 
   template <class T>

@@ -45,7 +45,7 @@ class CaptureDriver : public testing::Test {
   // The system's record of a driver, of which we know one field.
   struct DriverObject {
     uint8_t before[0x34];
-    void(__attribute__((stdcall)) *unload)(DriverObject *);
+    void(__attribute__((stdcall)) * unload)(DriverObject *);
     uint8_t after[0x70];
   };
 

@@ -89,8 +89,8 @@ TEST_F(Driver, FailedSaveGivesTheFallbackFrameAndZero) {
   EXPECT_TRUE(std::all_of(frame.dst + samples, frame.dst + samples * 3 / 2,
                           [](uint8_t byte) { return byte == 128; }));
   EXPECT_EQ(BaylorToRGB24MMX(context, frame.src, frame.dst, width, height), 0);
-  EXPECT_TRUE(std::all_of(frame.dst, frame.dst + 3 * samples,
-                          [](uint8_t byte) { return byte == 255; }));
+  EXPECT_TRUE(
+      std::all_of(frame.dst, frame.dst + 3 * samples, [](uint8_t byte) { return byte == 255; }));
   EXPECT_EQ(kernel_calls.failed_saves, 2u);
   EXPECT_EQ(kernel_calls.restores, 0u);
   EXPECT_EQ(ppl_n_frame(context), 0u);

@@ -12,7 +12,9 @@ namespace {
 
 struct LoadedFile {
   explicit LoadedFile(const char *path)
-      : bytes(read_image(path)), file(bytes.data(), bytes.size()), memory(file.header().image_size) {
+      : bytes(read_image(path)),
+        file(bytes.data(), bytes.size()),
+        memory(file.header().image_size) {
     mapping_error = file.map(memory.data());
   }
 
@@ -124,7 +126,8 @@ TEST(DriverImage, TellsNeitherTimeNorDebugInformation) {
   EXPECT_EQ(driver().file.header().time_stamp, 0u);
   EXPECT_EQ(driver().file.directory_size(pe::debug), 0u);
   for (const PeSection &section : driver().sections()) {
-    EXPECT_NE(std::string(section.name).rfind("/", 0), 0u) << section.name;  // a long name: .debug_*
+    EXPECT_NE(std::string(section.name).rfind("/", 0), 0u)
+        << section.name;  // a long name: .debug_*
   }
 }
 

@@ -1,6 +1,7 @@
 // Every function of ppl.h, led into a loaded image: whoever calls BaylorToI420MMX in a program that
-// links this calls the image's export of that name. On the way the stack is moved to one of the four
-// offsets that a caller on Windows may have it at, and back.
+// links this calls the image's export of that name. On the way the stack is moved to one of the
+// four offsets that a caller on Windows may have it at, and back. A call after which an x87 or MMX
+// register is in use counts in kernel_calls.unclean.
 #pragma once
 
 #include <stdint.h>
@@ -20,7 +21,9 @@ const char *connect_driver(const PeImage &image);
 inline constexpr uint32_t each_in_turn = 16;
 void set_stack_offset(uint32_t offset);
 
-// Calls since connect_driver after which an x87 or MMX register was in use that was free before.
-uint32_t unclean_calls();
+// Gives each call a stack of its own, 16 KB, and notes how much of it the deepest call has used,
+// the two kernel functions included.
+void measure_stack(bool on);
+uint32_t deepest_stack();
 
 }  // namespace ppl_test

@@ -9,7 +9,7 @@ struct KernelCalls {
   uint32_t saves, restores;  // saves that succeeded
   uint32_t failed_saves;
   // What must stay 0: areas that are not on a 16-byte boundary, restores that do not match the last
-  // save or whose area was written to, and restores with an MMX register still in use.
+  // save or whose area was written to, and restores and returns with an MMX register still in use.
   uint32_t misaligned, mismatched, unclean;
 };
 

@@ -6,7 +6,8 @@ namespace {
 template <class T>
 T read(const uint8_t *from) {
   T value = 0;
-  for (size_t i = 0; i < sizeof(T); ++i) value = static_cast<T>(value | static_cast<T>(from[i]) << (8 * i));
+  for (size_t i = 0; i < sizeof(T); ++i)
+    value = static_cast<T>(value | static_cast<T>(from[i]) << (8 * i));
   return value;
 }
 
