@@ -6,6 +6,6 @@ pick '_p3\.cpp' "$@" > /dev/null
 for object in "$@"; do
   [[ $object == *_sse2.cpp* ]] && continue
   places=$(objdump -dC --no-show-raw-insn "$object" |
-    awk '/^[0-9a-f]+ </ { name = substr($0, 10) } /%xmm/ { print name }' | brief)
+    awk '/^[0-9a-f]+ </ { name = $0; sub(/^[0-9a-f]+ /, "", name) } /%xmm/ { print name }' | brief)
   [ -z "$places" ] || refuse "${object##*/} uses xmm registers: write this for mm registers or move it to the SSE2 tier: $places"
 done

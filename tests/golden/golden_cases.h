@@ -341,32 +341,32 @@ Checksums run(const Case &c, uint8_t *source, uint8_t *output) {
 }
 
 // The functions that a case calls.
-#define PPL_GOLDEN_API(FUNCTION)                                                                   \
-  FUNCTION(ppl_init)                                                                               \
-  FUNCTION(ppl_free)                                                                               \
-  FUNCTION(ppl_set_P3_only) FUNCTION(ppl_set_quality) FUNCTION(ppl_set_h_mirror) FUNCTION(         \
-      ppl_set_v_mirror) FUNCTION(ppl_new_frame_size) FUNCTION(ppl_set_decimation)                  \
-      FUNCTION(ppl_set_optical_black_b_gb_gr_r) FUNCTION(ppl_set_rgb_gain) FUNCTION(               \
-          ppl_set_rgb_delta) FUNCTION(ppl_set_r_delta) FUNCTION(ppl_set_gamma)                     \
-          FUNCTION(ppl_set_contrast_c) FUNCTION(ppl_copy_rgb_gamma_table) FUNCTION(                \
-              ppl_copy_yuv_gamma_table) FUNCTION(ppl_set_sat_hue) FUNCTION(ppl_copy_sensor_matrix) \
-              FUNCTION(ppl_set_qual_BmGb_min_max) FUNCTION(ppl_set_qual_GrmR_min_max) FUNCTION(    \
-                  ppl_set_qual_RGB_min_max) FUNCTION(ppl_set_qAE_RGB_min_max)                      \
-                  FUNCTION(ppl_set_mean_collection) FUNCTION(ppl_process_blrtoi420) FUNCTION(      \
-                      ppl_process_blrtoyuyv) FUNCTION(ppl_process_blrtouyvy)                       \
-                      FUNCTION(ppl_process_blrtorgb24) FUNCTION(ppl_process_blrtorgb32) FUNCTION(  \
-                          ppl_rgb_means_sub_windows)                                               \
-                          FUNCTION(ppl_rgb_means_outside_all_sub_windows) FUNCTION(                \
-                              ppl_rgb_means_all_sub_windows) FUNCTION(ppl_rgb_means_whole_frame)   \
-                              FUNCTION(ppl_rgb_means_whole_frame_4pts)                             \
-                                  FUNCTION(ppl_rgb_means_whole_frame_central8)                     \
-                                      FUNCTION(ppl_qAE_rgb_means_whole_frame)                      \
-                                          FUNCTION(ppl_qual_rgb_means_whole_frame)                 \
-                                              FUNCTION(ppl_n_qAE_2x2_whole_frame)                  \
-                                                  FUNCTION(ppl_n_qual_2x2_whole_frame)             \
-                                                      FUNCTION(ppl_n_frame)                        \
-                                                          FUNCTION(ppl_r_histogram)                \
-                                                              FUNCTION(ppl_g_histogram)            \
+#define PPL_GOLDEN_API(FUNCTION)                                                                 \
+  FUNCTION(ppl_init)                                                                             \
+  FUNCTION(ppl_free)                                                                             \
+  FUNCTION(ppl_set_P3_only)                                                                      \
+  FUNCTION(ppl_set_quality) FUNCTION(ppl_set_h_mirror) FUNCTION(ppl_set_v_mirror) FUNCTION(      \
+      ppl_new_frame_size) FUNCTION(ppl_set_decimation) FUNCTION(ppl_set_optical_black_b_gb_gr_r) \
+      FUNCTION(ppl_set_rgb_gain) FUNCTION(ppl_set_rgb_delta) FUNCTION(ppl_set_r_delta) FUNCTION( \
+          ppl_set_gamma) FUNCTION(ppl_set_contrast_c) FUNCTION(ppl_copy_rgb_gamma_table)         \
+          FUNCTION(ppl_copy_yuv_gamma_table) FUNCTION(ppl_set_sat_hue)                           \
+              FUNCTION(ppl_copy_sensor_matrix) FUNCTION(ppl_set_qual_BmGb_min_max) FUNCTION(     \
+                  ppl_set_qual_GrmR_min_max) FUNCTION(ppl_set_qual_RGB_min_max)                  \
+                  FUNCTION(ppl_set_qAE_RGB_min_max) FUNCTION(ppl_set_mean_collection) FUNCTION(  \
+                      ppl_process_blrtoi420) FUNCTION(ppl_process_blrtoyuyv)                     \
+                      FUNCTION(ppl_process_blrtouyvy) FUNCTION(ppl_process_blrtorgb24) FUNCTION( \
+                          ppl_process_blrtorgb32) FUNCTION(ppl_rgb_means_sub_windows)            \
+                          FUNCTION(ppl_rgb_means_outside_all_sub_windows) FUNCTION(              \
+                              ppl_rgb_means_all_sub_windows) FUNCTION(ppl_rgb_means_whole_frame) \
+                              FUNCTION(ppl_rgb_means_whole_frame_4pts)                           \
+                                  FUNCTION(ppl_rgb_means_whole_frame_central8)                   \
+                                      FUNCTION(ppl_qAE_rgb_means_whole_frame)                    \
+                                          FUNCTION(ppl_qual_rgb_means_whole_frame)               \
+                                              FUNCTION(ppl_n_qAE_2x2_whole_frame)                \
+                                                  FUNCTION(ppl_n_qual_2x2_whole_frame)           \
+                                                      FUNCTION(ppl_n_frame)                      \
+                                                          FUNCTION(ppl_r_histogram)              \
+                                                              FUNCTION(ppl_g_histogram)          \
                                                                   FUNCTION(ppl_b_histogram)
 
 struct Library {
