@@ -69,8 +69,8 @@ struct PlanarYuvSink {
     Vec::type line0, line1;
     matrix.luma(cells, line0, line1);
     const auto chroma = matrix.chroma(cells);
-    uint8_t *const u = place<mirrored>(plane[2], 1, x / 2, n / 2);
-    uint8_t *const v = place<mirrored>(plane[3], 1, x / 2, n / 2);
+    uint8_t *const u = place<mirrored>(plane[2], 1, x >> 1, n / 2);
+    uint8_t *const v = place<mirrored>(plane[3], 1, x >> 1, n / 2);
     if constexpr (mirrored) {
       const auto reversed = reverse_u8(chroma);
       Vec::store(place<true>(plane[0], 1, x, n), reverse_u8(line0));

@@ -175,8 +175,16 @@ class Statistics {
     const SampledCells cells(pairs0, pairs1);
     if constexpr (gathering.judges_cells) qualify(cells, pairs0, pairs1, valid);
     const CellBytes exposed = mixed(cells, left_after_curve).masked(byte_mask(valid));
-    if constexpr (gathering.judges_cells) judge_exposure(exposed, valid);
-    return CellSums::of(exposed);
+    const CellSums sums = CellSums::of(exposed);
+    if constexpr (gathering.judges_cells) {
+      if (band_is_open_) {  // the default: every cell is inside
+        n_exposed_.add(valid);
+        exposed_.add(sums);
+      } else {
+        judge_exposure(exposed, valid);
+      }
+    }
+    return sums;
   }
 
   // Stage Q.
@@ -256,6 +264,7 @@ class Statistics {
 
   PplContext &ctx_;
   Parameters &p_;
+  const bool band_is_open_ = p_.qAE_min_vec.lane[0] == 0 && p_.qAE_max_vec.lane[0] == 255;
   Vec::type gain_[4], delta_[4];  // of B, Gb, Gr, R
   const Vec::type left_cells_ = Vec::left_quarters();
   CellSums qualified_, exposed_, all_;
