@@ -234,31 +234,26 @@ std::string compare_entry(const char *name, const ppl_model::WordMatrix &expecte
   return {};
 }
 
-#define PPL_COMPARE_VECTORS(VECTOR)                                                                \
-  VECTOR(qual_BmGb_lo_vec)                                                                         \
-  VECTOR(qual_BmGb_hi_vec)                                                                         \
-  VECTOR(qual_GrmR_lo_vec)                                                                         \
-  VECTOR(qual_GrmR_hi_vec)                                                                         \
-  VECTOR(qual_BmGb_p_GrmR_lo_vec) VECTOR(qual_BmGb_p_GrmR_hi_vec) VECTOR(qual_BmGb_m_GrmR_lo_vec)  \
-      VECTOR(qual_BmGb_m_GrmR_hi_vec) VECTOR(qual_GR_base_vec) VECTOR(qual_GR_span_vec) VECTOR(    \
-          qual_BG_base_vec) VECTOR(qual_BG_span_vec) VECTOR(qAE_min_vec) VECTOR(qAE_lo_vec)        \
-          VECTOR(qAE_max_vec) VECTOR(qAE_hi_vec) VECTOR(edge_threshold_vec) VECTOR(                \
-              edge_threshold2_vec) VECTOR(edge_enhance_factor_vec) VECTOR(intl_3T_vec)             \
-              VECTOR(noise_G_12T_vec) VECTOR(noise_R_8T_vec) VECTOR(noise_B_8T_vec) VECTOR(        \
-                  CFA_T0_vec) VECTOR(CFA_T1_vec) VECTOR(rgb_slope_vec) VECTOR(full_slope_vec)      \
-                  VECTOR(studio_slope_vec) VECTOR(studio_slope_q12_vec) VECTOR(rgb_base0_vec)      \
-                      VECTOR(full_base0_vec) VECTOR(studio_base0_vec) VECTOR(studio_base0_q12_vec) \
-                          VECTOR(rgb_base1_vec) VECTOR(full_base1_vec) VECTOR(studio_base1_vec)    \
-                              VECTOR(studio_base1_q12_vec) VECTOR(index_mask_vec)                  \
-                                  VECTOR(offset_studio_vec) VECTOR(offset_full_vec) VECTOR(        \
-                                      offset_rgb_vec) VECTOR(rgb_gain_BG_vec)                      \
-                                      VECTOR(rgb_gain_GR_vec) VECTOR(quals_gain_BG_vec) VECTOR(    \
-                                          quals_gain_GR_vec) VECTOR(rgb_delta_BG_vec)              \
-                                          VECTOR(rgb_delta_GR_vec) VECTOR(optical_black_BG_vec)    \
-                                              VECTOR(optical_black_GR_vec) VECTOR(medium_diff_vec) \
-                                                  VECTOR(medium_hot_vec) VECTOR(medium_dead_vec)   \
-                                                      VECTOR(medium_hot_pct_vec)                   \
-                                                          VECTOR(medium_dead_pct_vec)
+// clang-format off
+#define PPL_COMPARE_VECTORS(VECTOR) \
+  VECTOR(qual_BmGb_lo_vec) VECTOR(qual_BmGb_hi_vec) VECTOR(qual_GrmR_lo_vec) \
+  VECTOR(qual_GrmR_hi_vec) VECTOR(qual_BmGb_p_GrmR_lo_vec) VECTOR(qual_BmGb_p_GrmR_hi_vec) \
+  VECTOR(qual_BmGb_m_GrmR_lo_vec) VECTOR(qual_BmGb_m_GrmR_hi_vec) VECTOR(qual_GR_base_vec) \
+  VECTOR(qual_GR_span_vec) VECTOR(qual_BG_base_vec) VECTOR(qual_BG_span_vec) \
+  VECTOR(qAE_min_vec) VECTOR(qAE_lo_vec) VECTOR(qAE_max_vec) VECTOR(qAE_hi_vec) \
+  VECTOR(edge_threshold_vec) VECTOR(edge_threshold2_vec) VECTOR(edge_enhance_factor_vec) \
+  VECTOR(intl_3T_vec) VECTOR(noise_G_12T_vec) VECTOR(noise_R_8T_vec) VECTOR(noise_B_8T_vec) \
+  VECTOR(CFA_T0_vec) VECTOR(CFA_T1_vec) VECTOR(rgb_slope_vec) VECTOR(full_slope_vec) \
+  VECTOR(studio_slope_vec) VECTOR(studio_slope_q12_vec) VECTOR(rgb_base0_vec) \
+  VECTOR(full_base0_vec) VECTOR(studio_base0_vec) VECTOR(studio_base0_q12_vec) \
+  VECTOR(rgb_base1_vec) VECTOR(full_base1_vec) VECTOR(studio_base1_vec) \
+  VECTOR(studio_base1_q12_vec) VECTOR(index_mask_vec) VECTOR(offset_studio_vec) \
+  VECTOR(offset_full_vec) VECTOR(offset_rgb_vec) VECTOR(rgb_gain_BG_vec) \
+  VECTOR(rgb_gain_GR_vec) VECTOR(quals_gain_BG_vec) VECTOR(quals_gain_GR_vec) \
+  VECTOR(rgb_delta_BG_vec) VECTOR(rgb_delta_GR_vec) VECTOR(optical_black_BG_vec) \
+  VECTOR(optical_black_GR_vec) VECTOR(medium_diff_vec) VECTOR(medium_hot_vec) \
+  VECTOR(medium_dead_vec) VECTOR(medium_hot_pct_vec) VECTOR(medium_dead_pct_vec)
+// clang-format on
 
 template <int Bytes>
 std::string compare_block(const ppl_model::DerivedBlock &expected,

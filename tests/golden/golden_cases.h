@@ -126,6 +126,40 @@ inline constexpr Case cases[] = {
     {Format::rgb24, 160, 24, 0, Tier::sse2, plain, 4, Controls::defaults},
     {Format::rgb32, 160, 24, 1, Tier::p3, plain, 4, Controls::defaults},
     {Format::i420, 160, 24, 0, Tier::sse2, plain, 5, Controls::defaults},
+    // The multi-pass qualities.
+    {Format::i420, 160, 26, 0, Tier::p3, plain, 0, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::sse2, plain, 0, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::p3, plain, 1, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::sse2, plain, 1, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::p3, plain, 2, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::sse2, plain, 2, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::p3, plain, 10, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::sse2, plain, 10, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::p3, plain, 11, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::sse2, plain, 11, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::p3, plain, 12, Controls::defaults},
+    {Format::i420, 160, 26, 0, Tier::sse2, plain, 12, Controls::defaults},
+    {Format::i420, 160, 26, 1, Tier::p3, plain, 14, Controls::defaults},
+    {Format::i420, 160, 26, 1, Tier::sse2, h, 14, Controls::defaults},
+    {Format::rgb24, 160, 26, 0, Tier::sse2, plain, 0, Controls::defaults},
+    {Format::rgb32, 160, 26, 0, Tier::p3, h, 1, Controls::no_collection},
+    {Format::rgb24, 160, 26, 0, Tier::p3, v, 2, Controls::no_collection},
+    {Format::rgb32, 160, 26, 0, Tier::sse2, hv, 10, Controls::defaults},
+    {Format::rgb24, 160, 26, 0, Tier::sse2, plain, 11, Controls::colour},
+    {Format::rgb32, 160, 26, 0, Tier::p3, plain, 12, Controls::no_collection},
+    {Format::yuyv, 160, 26, 0, Tier::sse2, h, 0, Controls::front_end},
+    {Format::uyvy, 160, 26, 0, Tier::p3, v, 1, Controls::matrix},
+    {Format::yuyv, 142, 22, 0, Tier::p3, hv, 2, Controls::defaults},
+    {Format::uyvy, 160, 26, 0, Tier::sse2, plain, 12, Controls::defaults},
+    {Format::yuyv, 160, 26, 1, Tier::sse2, h, 14, Controls::defaults},
+    {Format::i420, 146, 22, 0, Tier::sse2, plain, 0, Controls::bands},
+    {Format::i420, 160, 28, 1, Tier::p3, plain, 0, Controls::defaults},
+    {Format::yuyv, 160, 28, 1, Tier::sse2, plain, 1, Controls::defaults},
+    {Format::rgb24, 160, 28, 1, Tier::sse2, h, 2, Controls::defaults},
+    {Format::i420, 128, 24, -1, Tier::sse2, plain, 0, Controls::defaults},
+    {Format::rgb24, 128, 24, -1, Tier::p3, plain, 1, Controls::no_collection},
+    {Format::rgb24, 128, 24, -1, Tier::sse2, h, 2, Controls::defaults},
+    {Format::i420, 640, 480, 0, Tier::sse2, v, 10, Controls::defaults},
     // What a frame leaves behind for the next one.
     {Format::i420, 160, 24, 0, Tier::p3, plain, 3, Controls::bands, 3},
     {Format::rgb24, 160, 24, 0, Tier::p3, plain, 3, Controls::defaults, 2},
@@ -341,33 +375,51 @@ Checksums run(const Case &c, uint8_t *source, uint8_t *output) {
 }
 
 // The functions that a case calls.
-#define PPL_GOLDEN_API(FUNCTION)                                                                 \
-  FUNCTION(ppl_init)                                                                             \
-  FUNCTION(ppl_free)                                                                             \
-  FUNCTION(ppl_set_P3_only)                                                                      \
-  FUNCTION(ppl_set_quality) FUNCTION(ppl_set_h_mirror) FUNCTION(ppl_set_v_mirror) FUNCTION(      \
-      ppl_new_frame_size) FUNCTION(ppl_set_decimation) FUNCTION(ppl_set_optical_black_b_gb_gr_r) \
-      FUNCTION(ppl_set_rgb_gain) FUNCTION(ppl_set_rgb_delta) FUNCTION(ppl_set_r_delta) FUNCTION( \
-          ppl_set_gamma) FUNCTION(ppl_set_contrast_c) FUNCTION(ppl_copy_rgb_gamma_table)         \
-          FUNCTION(ppl_copy_yuv_gamma_table) FUNCTION(ppl_set_sat_hue)                           \
-              FUNCTION(ppl_copy_sensor_matrix) FUNCTION(ppl_set_qual_BmGb_min_max) FUNCTION(     \
-                  ppl_set_qual_GrmR_min_max) FUNCTION(ppl_set_qual_RGB_min_max)                  \
-                  FUNCTION(ppl_set_qAE_RGB_min_max) FUNCTION(ppl_set_mean_collection) FUNCTION(  \
-                      ppl_process_blrtoi420) FUNCTION(ppl_process_blrtoyuyv)                     \
-                      FUNCTION(ppl_process_blrtouyvy) FUNCTION(ppl_process_blrtorgb24) FUNCTION( \
-                          ppl_process_blrtorgb32) FUNCTION(ppl_rgb_means_sub_windows)            \
-                          FUNCTION(ppl_rgb_means_outside_all_sub_windows) FUNCTION(              \
-                              ppl_rgb_means_all_sub_windows) FUNCTION(ppl_rgb_means_whole_frame) \
-                              FUNCTION(ppl_rgb_means_whole_frame_4pts)                           \
-                                  FUNCTION(ppl_rgb_means_whole_frame_central8)                   \
-                                      FUNCTION(ppl_qAE_rgb_means_whole_frame)                    \
-                                          FUNCTION(ppl_qual_rgb_means_whole_frame)               \
-                                              FUNCTION(ppl_n_qAE_2x2_whole_frame)                \
-                                                  FUNCTION(ppl_n_qual_2x2_whole_frame)           \
-                                                      FUNCTION(ppl_n_frame)                      \
-                                                          FUNCTION(ppl_r_histogram)              \
-                                                              FUNCTION(ppl_g_histogram)          \
-                                                                  FUNCTION(ppl_b_histogram)
+// clang-format off
+#define PPL_GOLDEN_API(FUNCTION) \
+  FUNCTION(ppl_init) \
+  FUNCTION(ppl_free) \
+  FUNCTION(ppl_set_P3_only) \
+  FUNCTION(ppl_set_quality) \
+  FUNCTION(ppl_set_h_mirror) \
+  FUNCTION(ppl_set_v_mirror) \
+  FUNCTION(ppl_new_frame_size) \
+  FUNCTION(ppl_set_decimation) \
+  FUNCTION(ppl_set_optical_black_b_gb_gr_r) \
+  FUNCTION(ppl_set_rgb_gain) \
+  FUNCTION(ppl_set_rgb_delta) \
+  FUNCTION(ppl_set_r_delta) \
+  FUNCTION(ppl_set_gamma) \
+  FUNCTION(ppl_set_contrast_c) \
+  FUNCTION(ppl_copy_rgb_gamma_table) \
+  FUNCTION(ppl_copy_yuv_gamma_table) \
+  FUNCTION(ppl_set_sat_hue) \
+  FUNCTION(ppl_copy_sensor_matrix) \
+  FUNCTION(ppl_set_qual_BmGb_min_max) \
+  FUNCTION(ppl_set_qual_GrmR_min_max) \
+  FUNCTION(ppl_set_qual_RGB_min_max) \
+  FUNCTION(ppl_set_qAE_RGB_min_max) \
+  FUNCTION(ppl_set_mean_collection) \
+  FUNCTION(ppl_process_blrtoi420) \
+  FUNCTION(ppl_process_blrtoyuyv) \
+  FUNCTION(ppl_process_blrtouyvy) \
+  FUNCTION(ppl_process_blrtorgb24) \
+  FUNCTION(ppl_process_blrtorgb32) \
+  FUNCTION(ppl_rgb_means_sub_windows) \
+  FUNCTION(ppl_rgb_means_outside_all_sub_windows) \
+  FUNCTION(ppl_rgb_means_all_sub_windows) \
+  FUNCTION(ppl_rgb_means_whole_frame) \
+  FUNCTION(ppl_rgb_means_whole_frame_4pts) \
+  FUNCTION(ppl_rgb_means_whole_frame_central8) \
+  FUNCTION(ppl_qAE_rgb_means_whole_frame) \
+  FUNCTION(ppl_qual_rgb_means_whole_frame) \
+  FUNCTION(ppl_n_qAE_2x2_whole_frame) \
+  FUNCTION(ppl_n_qual_2x2_whole_frame) \
+  FUNCTION(ppl_n_frame) \
+  FUNCTION(ppl_r_histogram) \
+  FUNCTION(ppl_g_histogram) \
+  FUNCTION(ppl_b_histogram)
+// clang-format on
 
 struct Library {
   using Context = ::PplContext;
