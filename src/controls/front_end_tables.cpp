@@ -19,13 +19,15 @@ struct Position {
 
 void compose(FrontEndTable &rgb, FrontEndTable &mono, const PplContext &ctx, const Position &even,
              const Position &odd) {
-  for (int sample = 0; sample < 256; ++sample) {
-    const uint8_t e = even(sample);
-    const uint8_t o = odd(sample);
-    rgb.even_column[sample] = ctx.rgb_gamma_table[e];
-    rgb.odd_column[sample] = static_cast<uint16_t>(ctx.rgb_gamma_table[o] << 8);
-    mono.even_column[sample] = ctx.yuv_contrast_gamma_table[e];
-    mono.odd_column[sample] = static_cast<uint16_t>(ctx.yuv_contrast_gamma_table[o] << 8);
+  for (int column = 0; column < FrontEndTable::columns; ++column) {
+    const Position &position = column % 2 == 0 ? even : odd;
+    for (int sample = 0; sample < 256; ++sample) {
+      const uint8_t value = position(sample);
+      const int shift = 8 * column;
+      rgb.column[column][sample] = static_cast<uint32_t>(ctx.rgb_gamma_table[value]) << shift;
+      mono.column[column][sample] =
+          static_cast<uint32_t>(ctx.yuv_contrast_gamma_table[value]) << shift;
+    }
   }
 }
 

@@ -28,10 +28,11 @@ template <int Bytes>
 using MatrixVector = WordVector<Bytes>[9];
 
 // Black level, gain, delta and a curve composed into one look-up per mosaic position, for one line
-// kind. The odd column's result stands in the high byte, so that OR joins a pair of columns.
+// kind. There is a table for each column of a run of four, with the result in that column's byte,
+// so that OR joins a run.
 struct FrontEndTable {
-  uint16_t even_column[256];
-  uint16_t odd_column[256];
+  static constexpr int columns = 4;
+  uint32_t column[columns][256];
 };
 
 // Line kind 0 is the line of B and Gb, line kind 1 the line of Gr and R.

@@ -11,8 +11,8 @@ namespace {
 void look_up_line(uint8_t *out, const uint8_t *in, const FrontEndTable &table, int x, int width) {
   for (; x + Vec::bytes <= width; x += Vec::bytes) Vec::store(out + x, look_up(table, in + x));
   for (; x < width; x += 2) {
-    out[x] = static_cast<uint8_t>(table.even_column[in[x]]);
-    out[x + 1] = static_cast<uint8_t>(table.odd_column[in[x + 1]] >> 8);
+    out[x] = static_cast<uint8_t>(table.column[0][in[x]]);
+    out[x + 1] = static_cast<uint8_t>(table.column[1][in[x + 1]] >> 8);
   }
 }
 

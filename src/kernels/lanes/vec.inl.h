@@ -14,6 +14,14 @@
 namespace ppl::TIER {
 namespace {
 
+typedef int UnalignedDword __attribute__((aligned(1), may_alias));
+typedef uint16_t UnalignedWord __attribute__((aligned(1), may_alias));
+
+inline void store_dword(uint8_t *p, int v) { *reinterpret_cast<UnalignedDword *>(p) = v; }
+inline void store_word(uint8_t *p, int v) {
+  *reinterpret_cast<UnalignedWord *>(p) = static_cast<uint16_t>(v);
+}
+
 #if TIER_BYTES == 8
 
 struct Vec {
@@ -21,7 +29,6 @@ struct Vec {
   static constexpr int bytes = 8;
   static constexpr int words_count = bytes / 2;
   typedef long long unaligned __attribute__((vector_size(8), aligned(1), may_alias));
-  typedef int unaligned_half __attribute__((aligned(1), may_alias));
 
   static type load(const uint8_t *p) {
     return reinterpret_cast<type>(*reinterpret_cast<const unaligned *>(p));
@@ -30,20 +37,14 @@ struct Vec {
   static void store(uint8_t *p, type v) {
     *reinterpret_cast<unaligned *>(p) = reinterpret_cast<unaligned>(v);
   }
-  static void store_low_half(uint8_t *p, type v) {
-    *reinterpret_cast<unaligned_half *>(p) = _mm_cvtsi64_si32(v);
-  }
+  static void store_low_half(uint8_t *p, type v) { store_dword(p, _mm_cvtsi64_si32(v)); }
   static type zero() { return _mm_setzero_si64(); }
   static type words(int v) { return _mm_set1_pi16(static_cast<short>(v)); }
   static type bytes_all(int v) { return _mm_set1_pi8(static_cast<char>(v)); }
-  // Ones in the lower half of either half.
-  static type left_quarters() { return _mm_set1_pi32(0x0000FFFF); }
-  // Four words from general registers.
-  static type from_words(int w0, int w1, int w2, int w3) {
-    type v = _mm_cvtsi32_si64(w0);
-    v = _mm_insert_pi16(v, static_cast<short>(w1), 1);
-    v = _mm_insert_pi16(v, static_cast<short>(w2), 2);
-    return _mm_insert_pi16(v, static_cast<short>(w3), 3);
+  // From general registers.
+  static type from_dwords(uint32_t d0, uint32_t d1) {
+    return _mm_unpacklo_pi32(_mm_cvtsi32_si64(static_cast<int>(d0)),
+                             _mm_cvtsi32_si64(static_cast<int>(d1)));
   }
 
   static type bit_and(type a, type b) { return _mm_and_si64(a, b); }
@@ -105,6 +106,7 @@ struct Vec {
   static type join_low_halves(type a, type b) { return interleave_low_dwords(a, b); }
   static type join_high_halves(type a, type b) { return interleave_high_dwords(a, b); }
   static type swap_halves(type a) { return _mm_shuffle_pi16(a, 0x4E); }
+  static type swap_middle_quarters(type a) { return _mm_shuffle_pi16(a, 0xD8); }
   static type reverse_words(type a) { return _mm_shuffle_pi16(a, 0x1B); }
   static type reverse_dwords(type a) { return swap_halves(a); }
   // Pixels of B, G, R and a zero, stored without the zeros: 3 / 4 of a register. The first form may
@@ -113,9 +115,7 @@ struct Vec {
   static void store_bgr(uint8_t *p, type pixels) {
     const type v = without_zeros(pixels);
     store_low_half(p, v);
-    const int last = _mm_extract_pi16(v, 2);
-    p[4] = static_cast<uint8_t>(last);
-    p[5] = static_cast<uint8_t>(last >> 8);
+    store_word(p + 4, _mm_extract_pi16(v, 2));
   }
   static type without_zeros(type pixels) {
     const type low = _mm_and_si64(pixels, _mm_set_pi32(0, 0x00FFFFFF));
@@ -157,16 +157,9 @@ struct Vec {
   static type zero() { return _mm_setzero_si128(); }
   static type words(int v) { return _mm_set1_epi16(static_cast<short>(v)); }
   static type bytes_all(int v) { return _mm_set1_epi8(static_cast<char>(v)); }
-  static type left_quarters() { return _mm_set_epi32(0, -1, 0, -1); }
-  static type from_words(int w0, int w1, int w2, int w3, int w4, int w5, int w6, int w7) {
-    type v = _mm_cvtsi32_si128(w0);
-    v = _mm_insert_epi16(v, static_cast<short>(w1), 1);
-    v = _mm_insert_epi16(v, static_cast<short>(w2), 2);
-    v = _mm_insert_epi16(v, static_cast<short>(w3), 3);
-    v = _mm_insert_epi16(v, static_cast<short>(w4), 4);
-    v = _mm_insert_epi16(v, static_cast<short>(w5), 5);
-    v = _mm_insert_epi16(v, static_cast<short>(w6), 6);
-    return _mm_insert_epi16(v, static_cast<short>(w7), 7);
+  static type from_dwords(uint32_t d0, uint32_t d1, uint32_t d2, uint32_t d3) {
+    return _mm_setr_epi32(static_cast<int>(d0), static_cast<int>(d1), static_cast<int>(d2),
+                          static_cast<int>(d3));
   }
 
   static type bit_and(type a, type b) { return _mm_and_si128(a, b); }
@@ -227,6 +220,7 @@ struct Vec {
   static type join_low_halves(type a, type b) { return _mm_unpacklo_epi64(a, b); }
   static type join_high_halves(type a, type b) { return _mm_unpackhi_epi64(a, b); }
   static type swap_halves(type a) { return _mm_shuffle_epi32(a, 0x4E); }
+  static type swap_middle_quarters(type a) { return _mm_shuffle_epi32(a, 0xD8); }
   static type reverse_words(type a) {
     return swap_halves(_mm_shufflehi_epi16(_mm_shufflelo_epi16(a, 0x1B), 0x1B));
   }
@@ -234,17 +228,13 @@ struct Vec {
   static void store_bgr_loosely(uint8_t *p, type pixels) {
     const type v = without_zeros(pixels);
     store_low_half(p, v);
-    store_low_half(p + 6, _mm_srli_si128(v, 8));
+    _mm_storeh_pi(reinterpret_cast<__m64 *>(p + 6), _mm_castsi128_ps(v));
   }
   static void store_bgr(uint8_t *p, type pixels) {
     const type v = without_zeros(pixels);
     store_low_half(p, v);
-    p[6] = static_cast<uint8_t>(_mm_extract_epi16(v, 4));
-    p[7] = static_cast<uint8_t>(_mm_extract_epi16(v, 4) >> 8);
-    p[8] = static_cast<uint8_t>(_mm_extract_epi16(v, 5));
-    p[9] = static_cast<uint8_t>(_mm_extract_epi16(v, 5) >> 8);
-    p[10] = static_cast<uint8_t>(_mm_extract_epi16(v, 6));
-    p[11] = static_cast<uint8_t>(_mm_extract_epi16(v, 6) >> 8);
+    store_dword(p + 6, _mm_cvtsi128_si32(_mm_srli_si128(v, 8)));
+    store_word(p + 10, _mm_extract_epi16(v, 6));
   }
   static type without_zeros(type pixels) {
     const type low = _mm_and_si128(pixels, _mm_set_epi32(0, 0x00FFFFFF, 0, 0x00FFFFFF));

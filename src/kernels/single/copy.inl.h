@@ -4,13 +4,11 @@
 #pragma once
 
 #include "frame/context.h"
-#include "kernels/lanes/vec.inl.h"
+#include "kernels/lanes/bytes.inl.h"
 #include "kernels/tier.h"
 
 namespace ppl::TIER {
 namespace {
-
-constexpr int neutral_chroma = 128;
 
 FramePlan &plan_of(PplContext &ctx) { return TIER_BYTES == 8 ? ctx.p3_plan : ctx.sse2_plan; }
 
@@ -24,9 +22,7 @@ void paint_marker(PplContext &ctx, uint8_t *dst_chroma) {
   int32_t &cell = plan_of(ctx).marker_cell;
   uint8_t *line =
       dst_chroma + ctx.out_size_4 + ctx.out_width * (cell / 5) * height / 2 + cell % 5 * width;
-  for (int y = 0; y < height; ++y, line += ctx.out_width / 2) {
-    for (int x = 0; x < width; ++x) line[x] = 255;
-  }
+  for (int y = 0; y < height; ++y, line += ctx.out_width / 2) fill(line, 255, width);
   cell = cell == 29 ? 0 : cell + 1;
 }
 

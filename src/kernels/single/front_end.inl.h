@@ -29,13 +29,14 @@ struct Group {
 // A register of samples of one line through its line kind's tables. Byte by byte through general
 // registers: stores of single bytes could alias the tables and would stall the next look-up.
 inline Vec::type look_up(const FrontEndTable &table, const uint8_t *samples) {
-  const auto pair = [&](int i) {
-    return table.even_column[samples[2 * i]] | table.odd_column[samples[2 * i + 1]];
+  const auto run = [&](int i) {
+    return table.column[0][samples[4 * i]] | table.column[1][samples[4 * i + 1]] |
+           table.column[2][samples[4 * i + 2]] | table.column[3][samples[4 * i + 3]];
   };
 #if TIER_BYTES == 8
-  return Vec::from_words(pair(0), pair(1), pair(2), pair(3));
+  return Vec::from_dwords(run(0), run(1));
 #else
-  return Vec::from_words(pair(0), pair(1), pair(2), pair(3), pair(4), pair(5), pair(6), pair(7));
+  return Vec::from_dwords(run(0), run(1), run(2), run(3));
 #endif
 }
 

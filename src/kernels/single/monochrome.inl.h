@@ -23,11 +23,11 @@ struct MonoLumaSink {
   explicit MonoLumaSink(const Parameters &) {}
 
   void write(int x, const Group &samples, Vec::type) const {
-    for (int line = 0; line < 2; ++line) {
-      const auto y = to_studio_luma(samples.line[line]);
-      Vec::store(place<mirrored>(plane[line], 1, x, Vec::bytes), mirrored ? reverse_u8(y) : y);
-    }
+    put(place<mirrored>(plane[0], 1, x, Vec::bytes), to_studio_luma(samples.line[0]));
+    put(place<mirrored>(plane[1], 1, x, Vec::bytes), to_studio_luma(samples.line[1]));
   }
+
+  static void put(uint8_t *out, Vec::type y) { Vec::store(out, mirrored ? reverse_u8(y) : y); }
 };
 
 // B, G and R of a pixel all equal.
@@ -43,11 +43,11 @@ struct MonoRgbSink {
   explicit MonoRgbSink(const Parameters &) {}
 
   void write(int x, const Group &samples, Vec::type) const {
-    for (int line = 0; line < 2; ++line) {
-      const auto v = samples.line[line];
-      put_rgb_register<3, mirrored>(place<mirrored>(plane[line], 3, x, Vec::bytes), v, v, v);
-    }
+    put(place<mirrored>(plane[0], 3, x, Vec::bytes), samples.line[0]);
+    put(place<mirrored>(plane[1], 3, x, Vec::bytes), samples.line[1]);
   }
+
+  static void put(uint8_t *out, Vec::type v) { put_rgb_register<3, mirrored>(out, v, v, v); }
 };
 
 // The B sites alone. With the mask lost, a value may exceed a byte and is held at 255.
@@ -69,10 +69,6 @@ struct MonoCellSink {
   }
 };
 
-void fill_neutral(uint8_t *to, int count) {
-  for (int i = 0; i < count; ++i) to[i] = neutral_chroma;
-}
-
 template <bool mirrored>
 void mono_i420(PplContext &ctx, const Buffers &b) {
   SinglePass<MonoLumaSink<mirrored>, mono_gathering> pass(ctx, parameters_of(ctx).front_end_mono);
@@ -88,8 +84,8 @@ void mono_i420(PplContext &ctx, const Buffers &b) {
     uint8_t *const u = place<mirrored>(
         b.dst_chroma + chroma_line_start(ctx, p) + (mirrored ? ctx.out_width / 2 - 1 : 0), 1, 0,
         cells);
-    fill_neutral(u, cells);
-    fill_neutral(u + ctx.out_size_4, cells);
+    fill(u, neutral_chroma, cells);
+    fill(u + ctx.out_size_4, neutral_chroma, cells);
   }
   if (grid.collects) pass.statistics.flush();
 }
@@ -112,7 +108,7 @@ struct MonoPlanarRow {
   uint8_t *neutral;
 
   MonoPlanarRow(LineMemory &memory, int cells) : neutral(memory.line(cells)) {
-    fill_neutral(neutral, cells);
+    fill(neutral, neutral_chroma, cells);
   }
 
   void put(const PplContext &ctx, const Buffers &b, const RowPlacement &at, const RowLines &lines,
@@ -202,8 +198,8 @@ struct SpreadPlanarRow {
     }
     if (pairs < 2) return;
     uint8_t *const u = b.dst_chroma + chroma_run(ctx, row, first) + (mirrored ? B - count / 2 : 0);
-    fill_neutral(u, count / 2);
-    fill_neutral(u + ctx.out_size_4, count / 2);
+    fill(u, neutral_chroma, count / 2);
+    fill(u + ctx.out_size_4, neutral_chroma, count / 2);
   }
 
  private:

@@ -27,6 +27,19 @@ void put_register(uint8_t *out, Vec::type luma, Vec::type chroma) {
   Vec::store(out + Vec::bytes, Vec::interleave_high_u8(first, second));
 }
 
+// A quarter of a register of pixels, with a zero in each. What a store but the last writes too
+// much, the next one corrects.
+template <int pixel_bytes, bool is_last>
+void put_rgb_quarter(uint8_t *out, Vec::type pixels) {
+  if constexpr (pixel_bytes == 4) {
+    Vec::store(out, pixels);
+  } else if constexpr (is_last) {
+    Vec::store_bgr(out, pixels);
+  } else {
+    Vec::store_bgr_loosely(out, pixels);
+  }
+}
+
 // A register of pixels to RGB24 or RGB32: B, G, R, and a zero in RGB32.
 template <int pixel_bytes, bool mirrored>
 void put_rgb_register(uint8_t *out, Vec::type b, Vec::type g, Vec::type r) {
@@ -34,20 +47,17 @@ void put_rgb_register(uint8_t *out, Vec::type b, Vec::type g, Vec::type r) {
   const auto BG_high = Vec::interleave_high_u8(b, g);
   const auto R0_low = Vec::interleave_low_u8(r, Vec::zero());
   const auto R0_high = Vec::interleave_high_u8(r, Vec::zero());
-  Vec::type pixels[4] = {
-      Vec::interleave_low_words(BG_low, R0_low), Vec::interleave_high_words(BG_low, R0_low),
-      Vec::interleave_low_words(BG_high, R0_high), Vec::interleave_high_words(BG_high, R0_high)};
+  const auto first = Vec::interleave_low_words(BG_low, R0_low);
+  const auto second = Vec::interleave_high_words(BG_low, R0_low);
+  const auto third = Vec::interleave_low_words(BG_high, R0_high);
+  const auto fourth = Vec::interleave_high_words(BG_high, R0_high);
   constexpr int step = pixel_bytes * Vec::bytes / 4;
-  for (int i = 0; i < 4; ++i, out += step) {
-    const auto v = mirrored ? Vec::reverse_dwords(pixels[3 - i]) : pixels[i];
-    if constexpr (pixel_bytes == 4) {
-      Vec::store(out, v);
-    } else if (i < 3) {
-      Vec::store_bgr_loosely(out, v);  // what it writes too much, the next one corrects
-    } else {
-      Vec::store_bgr(out, v);
-    }
-  }
+  put_rgb_quarter<pixel_bytes, false>(out, mirrored ? Vec::reverse_dwords(fourth) : first);
+  put_rgb_quarter<pixel_bytes, false>(out + step, mirrored ? Vec::reverse_dwords(third) : second);
+  put_rgb_quarter<pixel_bytes, false>(out + 2 * step,
+                                      mirrored ? Vec::reverse_dwords(second) : third);
+  put_rgb_quarter<pixel_bytes, true>(out + 3 * step,
+                                     mirrored ? Vec::reverse_dwords(first) : fourth);
 }
 
 // I420: luma of both lines, then U and V.
@@ -101,14 +111,12 @@ struct PackedYuvSink {
 
   void write(int x, const Group &samples, Vec::type even_columns) const {
     const Cells cells = Cells::split(samples, even_columns);
-    Vec::type luma[2];
-    matrix.luma(cells, luma[0], luma[1]);
+    Vec::type luma0, luma1;
+    matrix.luma(cells, luma0, luma1);
     const auto u_and_v = matrix.chroma(cells);
     const auto chroma = Vec::interleave_low_u8(u_and_v, Vec::swap_halves(u_and_v));
-    for (int line = 0; line < 2; ++line) {
-      put_register<luma_first, mirrored>(place<mirrored>(plane[line], unit_bytes, x, Vec::bytes),
-                                         luma[line], chroma);
-    }
+    put_register<luma_first, mirrored>(place<mirrored>(plane[0], 2, x, Vec::bytes), luma0, chroma);
+    put_register<luma_first, mirrored>(place<mirrored>(plane[1], 2, x, Vec::bytes), luma1, chroma);
   }
 };
 
@@ -130,12 +138,12 @@ struct RgbSink {
     const auto BR = matrix.blue_and_red(cells);
     const auto B = Vec::interleave_low_u8(BR, BR);
     const auto R = Vec::interleave_high_u8(BR, BR);
-    Vec::type G[2];
-    matrix.green(cells, G[0], G[1]);
-    for (int line = 0; line < 2; ++line) {
-      put_rgb_register<pixel_bytes, mirrored>(
-          place<mirrored>(plane[line], pixel_bytes, x, Vec::bytes), B, G[line], R);
-    }
+    Vec::type G0, G1;
+    matrix.green(cells, G0, G1);
+    uint8_t *const line0 = place<mirrored>(plane[0], pixel_bytes, x, Vec::bytes);
+    uint8_t *const line1 = place<mirrored>(plane[1], pixel_bytes, x, Vec::bytes);
+    put_rgb_register<pixel_bytes, mirrored>(line0, B, G0, R);
+    put_rgb_register<pixel_bytes, mirrored>(line1, B, G1, R);
   }
 };
 

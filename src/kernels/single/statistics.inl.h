@@ -114,10 +114,8 @@ class Statistics {
   explicit Statistics(PplContext &ctx)
       : ctx_(ctx),
         p_(parameters_of(ctx)),
-        gain_{Vec::words(p_.rgb_gain_BG_vec.lane[0]), Vec::words(p_.rgb_gain_BG_vec.lane[1]),
-              Vec::words(p_.rgb_gain_GR_vec.lane[0]), Vec::words(p_.rgb_gain_GR_vec.lane[1])},
-        delta_{Vec::words(p_.rgb_delta_BG_vec.lane[0]), Vec::words(p_.rgb_delta_BG_vec.lane[1]),
-               Vec::words(p_.rgb_delta_GR_vec.lane[0]), Vec::words(p_.rgb_delta_GR_vec.lane[1])} {}
+        gain_{by_position(p_.rgb_gain_BG_vec), by_position(p_.rgb_gain_GR_vec)},
+        delta_{by_position(p_.rgb_delta_BG_vec), by_position(p_.rgb_delta_GR_vec)} {}
 
   // Keeps an even group of an odd line pair, black subtracted, for whoever looks for a left
   // neighbour next. Only the last one of a pass can be seen.
@@ -233,21 +231,24 @@ class Statistics {
   CellBytes mixed(const SampledCells &cells, const Group &left_after_curve) const {
     const SampledCells left(sampled_pairs(left_after_curve.line[0], left_after_curve.line[0]),
                             sampled_pairs(left_after_curve.line[1], left_after_curve.line[1]));
-    const auto right = CellBytes::pack(amplified(cells.B, 0), amplified(cells.Gb, 1),
-                                       amplified(cells.Gr, 2), amplified(cells.R, 3));
-    return {blended(Vec::pack_u8(left.B, left.Gb), right.B_Gb),
-            blended(Vec::pack_u8(left.Gr, left.R), right.Gr_R)};
+    return {mixed(left.B, left.Gb, cells.B, cells.Gb, 0),
+            mixed(left.Gr, left.R, cells.Gr, cells.R, 1)};
   }
 
-  // Wraps in 16 bits; the packing to bytes clamps.
-  Vec::type amplified(Vec::type samples, int position) const {
-    const auto m = Vec::shift_right_words<5>(Vec::multiply_low(samples, gain_[position]));
-    return Vec::add_words(m, delta_[position]);
+  // Two positions: of either the left group's cells, then the right group's.
+  Vec::type mixed(Vec::type left0, Vec::type left1, Vec::type cells0, Vec::type cells1,
+                  int line) const {
+    const auto left = Vec::join_low_halves(left0, left1);
+    const auto right = Vec::join_high_halves(cells0, cells1);
+    // Wraps in 16 bits; the packing to bytes clamps.
+    const auto amplified = Vec::add_words(
+        Vec::shift_right_words<5>(Vec::multiply_low(right, gain_[line])), delta_[line]);
+    return Vec::swap_middle_quarters(Vec::pack_u8(left, amplified));
   }
 
-  // Of either position the left group's cells, then the right group's.
-  Vec::type blended(Vec::type left, Vec::type right) const {
-    return blend(left_cells_, left, right);
+  // A line's even columns in the low half, its odd ones in the high half.
+  static Vec::type by_position(const WordVector<TIER_BYTES> &v) {
+    return Vec::join_low_halves(Vec::words(v.lane[0]), Vec::words(v.lane[1]));
   }
 
   static Vec::type byte_mask(Vec::type mask) { return Vec::pack_s8(mask, mask); }
@@ -265,8 +266,7 @@ class Statistics {
   PplContext &ctx_;
   Parameters &p_;
   const bool band_is_open_ = p_.qAE_min_vec.lane[0] == 0 && p_.qAE_max_vec.lane[0] == 255;
-  Vec::type gain_[4], delta_[4];  // of B, Gb, Gr, R
-  const Vec::type left_cells_ = Vec::left_quarters();
+  Vec::type gain_[2], delta_[2];  // of B and Gb, of Gr and R
   CellSums qualified_, exposed_, all_;
   CellCount n_qualified_, n_exposed_;
 };

@@ -51,24 +51,28 @@ struct SinglePass {
 
  private:
   // These two return where the whole blocks, or groups, end. They are only fast in one piece:
-  // look-ups and vector work overlap. Both use a copy of the sink, which no store can alias.
-  [[gnu::noinline, gnu::flatten]] int run_unsampled(const LinePair &pair, int x, int end) const {
+  // look-ups and vector work overlap. Both use copies of what no store can alias then.
+  [[gnu::noinline, gnu::flatten]] int run_unsampled(const LinePair &lines, int x, int end) const {
     const Sink out = sink;
+    const LinePair pair = lines;
+    const FrontEndTables &curve = tables;
     const Vec::type even = even_columns;
-    for (; x + group <= end; x += group) out.write(x, front_end(tables, pair.from(x)), even);
+    for (; x + group <= end; x += group) out.write(x, front_end(curve, pair.from(x)), even);
     return x;
   }
 
-  [[gnu::noinline, gnu::flatten]] int run_sampled(const LinePair &pair, int x, int end) {
+  [[gnu::noinline, gnu::flatten]] int run_sampled(const LinePair &lines, int x, int end) {
     const Sink out = sink;
+    const LinePair pair = lines;
+    const FrontEndTables &curve = tables;
     for (; x + block <= end; x += block) {
       const LinePair at = pair.from(x);
       const LinePair next = at.from(group);
       const Group left = Group::load(at.line[0], at.line[1]);
-      const Group left_after_curve = front_end(tables, at);
+      const Group left_after_curve = front_end(curve, at);
       out.write(x, left_after_curve, even_columns);
       sample(left, Group::load(next.line[0], next.line[1]), left_after_curve, every_cell());
-      out.write(x + group, front_end(tables, next), even_columns);
+      out.write(x + group, front_end(curve, next), even_columns);
       if (x + 2 * block > end) statistics.save(left);
     }
     return x;

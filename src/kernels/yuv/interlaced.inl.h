@@ -148,7 +148,7 @@ class FieldOutput {
     const int half = ctx_.out_width / 2;
     for (int i = 0; i < 2; ++i) {
       surround(dst_ + ctx_.out_size + i * ctx_.out_size_4, ctx_.out_size_4, half * (top_ / 2),
-               half * (scaled_height() / 2), neutral);
+               half * (scaled_height() / 2), neutral_chroma);
     }
   }
 
@@ -195,7 +195,7 @@ class FieldOutput {
     const bool luma_first = format_ == format_yuyv;
     for (int i = 0; i < lines * ctx_.out_width; ++i) {
       to[2 * i + (luma_first ? 0 : 1)] = black_luma;
-      to[2 * i + (luma_first ? 1 : 0)] = neutral;
+      to[2 * i + (luma_first ? 1 : 0)] = neutral_chroma;
     }
   }
 

@@ -1,6 +1,7 @@
 // Packed 4:2:2 lines taken apart, and the arithmetic from Y, U, V to R, G, B.
 #pragma once
 
+#include "kernels/lanes/bytes.inl.h"
 #include "kernels/single/lines.inl.h"
 
 namespace ppl::TIER {
@@ -70,19 +71,6 @@ inline void put_rgb24(uint8_t *out, Vec::type luma, const YuvToRgb &even, const 
   put_rgb_register<3, false>(out, join(even.blue(y0), odd.blue(y1)),
                              join(even.green(y0), odd.green(y1)), join(even.red(y0), odd.red(y1)));
 }
-
-void fill(uint8_t *to, int value, int count) {
-  for (int i = 0; i < count; ++i) to[i] = static_cast<uint8_t>(value);
-}
-
-void copy_bytes(uint8_t *to, const uint8_t *from, int count) {
-  int i = 0;
-  for (; i + Vec::bytes <= count; i += Vec::bytes) Vec::store(to + i, Vec::load(from + i));
-  for (; i < count; ++i) to[i] = from[i];
-}
-
-constexpr int black_luma = 16;
-constexpr int neutral = 128;
 
 }  // namespace
 }  // namespace ppl::TIER

@@ -70,8 +70,8 @@ void run_progressive_i420(const PplContext &ctx, const uint8_t *src, uint8_t *ds
   const int picture = ctx.frame_height * ctx.out_width;
   const int picture_chroma = ctx.frame_height / 2 * (ctx.out_width / 2);
   blacken_rest(ctx, dst, ctx.out_size, picture, black_luma);
-  blacken_rest(ctx, u_plane, ctx.out_size_4, picture_chroma, neutral);
-  blacken_rest(ctx, v_plane, ctx.out_size_4, picture_chroma, neutral);
+  blacken_rest(ctx, u_plane, ctx.out_size_4, picture_chroma, neutral_chroma);
+  blacken_rest(ctx, v_plane, ctx.out_size_4, picture_chroma, neutral_chroma);
 }
 
 // Only the unscaled size converts.
@@ -166,7 +166,8 @@ void unpack_yyyy(PplContext &ctx, const uint8_t *src, uint8_t *dst) {
   }
   if (!has_black_lines(ctx)) return;
   blacken_rest(ctx, dst, ctx.out_size, ctx.frame_height * ctx.out_width, black_luma);
-  blacken_rest(ctx, u_plane, ctx.out_size_4, ctx.frame_height / 2 * (ctx.out_width / 2), neutral);
+  blacken_rest(ctx, u_plane, ctx.out_size_4, ctx.frame_height / 2 * (ctx.out_width / 2),
+               neutral_chroma);
 }
 
 }  // namespace
