@@ -30,6 +30,9 @@ class ChainSweep {
         statistics_(ctx),
         lattice_(ctx, lead_),
         emission_(ctx, buffers, format, memory_),
+        // What feeds back is read again.
+        writes_output_(emission_.takes_planes_in_place() && chain.demosaic != Demosaic::grey),
+        colour_matrix_(matrix_of(p_, is_rgb_, chain)),
         lines_(memory_, mosaic_, chain.flat_cells >= FlatCells::odd_rows ? 6 : 5) {
     const int width = mosaic_.width;
     const int cells = width / 2;
@@ -91,6 +94,15 @@ class ChainSweep {
  private:
   static int smaller(int a, int b) { return a < b ? a : b; }
 
+  static AdaptiveMatrix matrix_of(const Parameters &p, bool is_rgb, const Chain &chain) {
+    if (!is_rgb) return {p.studio_slope_vec, p.studio_base0_vec, p.offset_studio_vec, 8, p};
+    // The gradient form enhances luma also where R, G and B are wanted.
+    if (chain.enhance == Enhance::gradient) {
+      return {p.full_slope_vec, p.full_base0_vec, p.offset_full_vec, 8, p};
+    }
+    return {p.rgb_slope_vec, p.rgb_base0_vec, p.offset_rgb_vec, 5, p};
+  }
+
   bool has_green() const {
     return chain_.demosaic == Demosaic::accurate || chain_.demosaic == Demosaic::green_averages;
   }
@@ -118,9 +130,8 @@ class ChainSweep {
     }
     if (chain_.demosaic == Demosaic::grey) {
       for (int i = 0; i < 2; ++i) {
-        uint8_t *const copy = grey_[2 * q + i];
-        for (int x = 0; x < width; ++x) copy[x] = out[i][x];
-        reflect_columns(copy, width);
+        copy_bytes(grey_[2 * q + i], out[i], width);
+        reflect_columns(grey_[2 * q + i], width);
       }
     }
   }
@@ -131,7 +142,7 @@ class ChainSweep {
       const int y = next_repair_;
       uint8_t *const out = mosaic_.line(pair_, y, mosaic_.stride);
       if (y < 2 || y > mosaic_.height - 3) {
-        for (int x = 0; x < mosaic_.width; ++x) out[x] = unrepaired_[y][x];
+        copy_bytes(out, unrepaired_[y], mosaic_.width);
         continue;
       }
       const uint8_t *in[5];
@@ -236,77 +247,108 @@ class ChainSweep {
       if (has_green()) green_up_to(chain_.demosaic == Demosaic::accurate ? y + 1 : y);
       demosaic(y);
       const ColourLines colours = {red_, blue_, smooth_flat_cells(y)};
-      apply_matrix(y, matrix_[0][y], colours);
-      reflect_columns(matrix_[0][y], mosaic_.width);
+      if (looks_below()) {
+        apply_matrix(y, matrix_[0][y], colours);
+        reflect_columns(matrix_[0][y], mosaic_.width);
+      } else {
+        apply_matrix(y, finished_luma(y, matrix_[0][y]), colours);
+      }
     }
   }
 
-  // The matrix of the output's family. Chroma goes where it is waited for.
-  [[gnu::noinline]] void apply_matrix(int y, uint8_t *first, const ColourLines &colours) {
+  bool looks_below() const { return chain_.enhance != Enhance::none; }
+
+  // Where the last stage writes: in place, or a line that emission takes on.
+  uint8_t *finished_luma(int y, uint8_t *line) const {
+    return writes_output_ ? emission_.luma_line(y) : line;
+  }
+  uint8_t *finished_chroma(int pair, int plane) const {
+    return writes_output_ ? emission_.chroma_line(pair, plane) : chroma_[pair % 2][plane];
+  }
+
+  // Line y, or any odd one where chroma is not wanted.
+  static constexpr int odd_line = 1;
+
+  void apply_matrix(int y, uint8_t *first, const ColourLines &colours) {
+    if (colour_matrix_.shift == 5) {
+      apply_rows<5>(y, first, colours);
+    } else {
+      apply_rows<8>(y, first, colours);
+    }
+  }
+
+  template <int shift>
+  void apply_rows(int y, uint8_t *first, const ColourLines &colours) {
+    if (colour_matrix_.folded) {
+      apply_rows(y, first, colours, AdaptiveRows<shift, true>{colour_matrix_});
+    } else {
+      apply_rows(y, first, colours, AdaptiveRows<shift, false>{colour_matrix_});
+    }
+  }
+
+  // The rows of the output's family. Chroma goes where it is waited for.
+  template <int shift, bool folded>
+  [[gnu::noinline, gnu::flatten]] void apply_rows(int y, uint8_t *first, const ColourLines &colours,
+                                                  const AdaptiveRows<shift, folded> &rows) {
     const int width = mosaic_.width;
-    if (is_rgb_) {
+    if constexpr (shift == 5) {
       uint8_t *const out[3] = {first, matrix_[1][y], matrix_[2][y]};
-      chain_.enhance == Enhance::gradient ? full_range_line(out, colours, width, p_)
-                                          : rgb_line(out, colours, width, p_);
+      rgb_line(out, colours, width, rows);
+    } else if (is_rgb_) {
+      uint8_t *const out[3] = {first, matrix_[1][y], matrix_[2][y]};
+      full_range_line(out, colours, width, rows);
     } else if (chain_.chroma == Chroma::box) {
-      studio_line<ChromaSites::all>(first, matrix_[1][y], matrix_[2][y], colours, width, p_);
+      studio_line<ChromaSites::all>(first, matrix_[1][y], matrix_[2][y], colours, width, rows);
       reflect_columns(matrix_[1][y], width);
       reflect_columns(matrix_[2][y], width);
     } else if (y % 2 == 0) {
-      uint8_t *const *const chroma = chroma_[y / 2 % 2];
-      studio_line<ChromaSites::even_columns>(first, chroma[0], chroma[1], colours, width, p_);
+      studio_line<ChromaSites::even_columns>(first, finished_chroma(y / 2, 0),
+                                             finished_chroma(y / 2, 1), colours, width, rows);
     } else {
-      studio_line<ChromaSites::none>(first, nullptr, nullptr, colours, width, p_);
+      studio_line<ChromaSites::none>(first, nullptr, nullptr, colours, width, rows);
     }
   }
 
   // ---- enhancement and emission
 
   [[gnu::noinline]] void finish_line(int y) {
-    const bool looks_below = chain_.enhance != Enhance::none;
-    colour_up_to(looks_below ? y + 1 : y);
+    colour_up_to(looks_below() ? y + 1 : y);
     const uint8_t *first = matrix_[0][y];
-    if (looks_below) {
+    if (looks_below()) {
       uint8_t *const around[3] = {matrix_[0][reflected(y - 1, mosaic_.height)], matrix_[0][y],
                                   matrix_[0][reflected(y + 1, mosaic_.height)]};
       const Enhancement enhancement(p_);
+      uint8_t *const out = finished_luma(y, scratch_);
       if (chain_.enhance == Enhance::gradient) {
-        gradient_line(scratch_, around, mosaic_.width, enhancement);
+        gradient_line(out, around, mosaic_.width, enhancement);
       } else {
         const uint8_t *const next = matrix_[0][smaller(y + 1, mosaic_.height - 1)];
-        laplacian_line(scratch_, around, next, mosaic_.width, enhancement);
+        laplacian_line(out, around, next, mosaic_.width, enhancement);
       }
-      first = scratch_;
+      first = out;
     }
     if (is_rgb_) {
       emit_rgb(y, first);
-    } else {
-      if (y % 2 == 0) finish_chroma(y);
-      emit_yuv(y, first);
+      return;
     }
+    if (y % 2 == 0 && chain_.chroma == Chroma::box) box_chroma(y);
+    if (!writes_output_) emit_yuv(y, first);
   }
 
-  // Signed chroma of the pair to the studio range, through the box where there is one.
-  [[gnu::noinline]] void finish_chroma(int y) {
+  void box_chroma(int y) {
     for (int i = 0; i < 2; ++i) {
-      uint8_t *const chroma = chroma_[y / 2 % 2][i];
-      if (chain_.chroma == Chroma::box) {
-        const LineRing &plane = matrix_[1 + i];
-        const uint8_t *const in[3] = {plane[reflected(y - 1, mosaic_.height)], plane[y],
-                                      plane[y + 1]};
-        box_line(chroma, in, mosaic_.width, y >= 2);
-      }
-      for (int x = 0; x < mosaic_.width / 2; x += Vec::bytes) {
-        Vec::store(chroma + x, to_studio_chroma(Vec::load(chroma + x)));
-      }
+      const LineRing &plane = matrix_[1 + i];
+      const uint8_t *const in[3] = {plane[reflected(y - 1, mosaic_.height)], plane[y],
+                                    plane[y + 1]};
+      box_line(finished_chroma(y / 2, i), in, mosaic_.width, y >= 2);
     }
   }
 
   [[gnu::noinline]] void emit_yuv(int y, const uint8_t *luma) {
     FinishedLine line = {};
     line.y = luma;
-    line.u = chroma_[y / 2 % 2][0];
-    line.v = chroma_[y / 2 % 2][1];
+    line.u = finished_chroma(y / 2, 0);
+    line.v = finished_chroma(y / 2, 1);
     emission_.take(y, line);
   }
 
@@ -352,9 +394,7 @@ class ChainSweep {
     }
     // Only a block's last column is read as a left neighbour, and none of these depends on one.
     uint8_t *const finished[2] = {finished_grey_[y], finished_grey_[y + 1]};
-    for (int i = 0; i < 2; ++i) {
-      studio_line<ChromaSites::none>(finished[i], nullptr, nullptr, grey_colours(i), width, p_);
-    }
+    for (int i = 0; i < 2; ++i) apply_matrix(odd_line, finished[i], grey_colours(i));
     for (int x = Vec::bytes; x < width; x += Vec::bytes) {
       // Lines reflected at the frame's ends are read as they are at that moment.
       const uint8_t left[4] = {is_first ? finished[1][x - 1] : above[x - 1], finished[0][x - 1],
@@ -363,7 +403,6 @@ class ChainSweep {
     }
     for (int i = 0; i < 2; ++i) apply_matrix(y + i, finished[i], grey_colours(i));
     reflect_columns(finished[1], width);
-    finish_chroma(y);
     for (int i = 0; i < 2; ++i) emit_yuv(y + i, finished[i]);
   }
 
@@ -397,6 +436,8 @@ class ChainSweep {
   Statistics statistics_;
   ChainLattice lattice_;
   Emission emission_;
+  const bool writes_output_;  // luma and chroma at once, without emission
+  const AdaptiveMatrix colour_matrix_;
   ReflectedLines lines_;
 
   int pair_ = 0;  // being emitted

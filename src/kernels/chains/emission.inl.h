@@ -38,6 +38,16 @@ class Emission {
 
   static bool is_rgb(Format format) { return format == format_rgb24 || format == format_rgb32; }
 
+  // Whether finished lines of whole registers may be written straight to where they belong.
+  bool takes_planes_in_place() const {
+    return format_ == format_i420 && ctx_.decimation == 0 && !at_.mirrored &&
+           width_ % Vec::bytes == 0;
+  }
+  uint8_t *luma_line(int y) const { return buffers_.dst + line_start(ctx_, y, false); }
+  uint8_t *chroma_line(int pair, int plane) const {
+    return buffers_.dst_chroma + chroma_line_start(ctx_, pair) + plane * ctx_.out_size_4;
+  }
+
   // Source line y is finished.
   void take(int y, const FinishedLine &line) {
     if (ctx_.decimation == 0) {
@@ -147,29 +157,29 @@ class Emission {
     put(buffers_.dst, origin, RgbLine<4>{line.b, line.g, line.r}, 0, width_);
   }
 
-  // One value of the doubled line `line`, or of the average of two, at a time would do; a piece of
-  // this many source values at a time is as much as the stack should bear.
+  // Source values of a doubled line that are on their way at a time: as much as the stack should
+  // bear.
   static constexpr int piece = 32;
   static constexpr int clip_step = 2 * Vec::bytes;
 
-  // A piece of the line doubled, averaged with the doubled line before it where there is one.
+  // A piece of the line doubled, averaged with the doubled line before it where there is one. Whole
+  // registers are read and written.
   static void double_piece(uint8_t *out, const uint8_t *line, const uint8_t *before, int first,
                            int count) {
-    for (int i = 0; i < count; ++i) {
-      const int k = first + i;
-      const auto average_of = [](int a, int b) { return (a + b + 1) >> 1; };
-      const auto between = [&](const uint8_t *l) {
-        return k == 0 ? l[0] : average_of(l[k - 1], l[k]);
-      };
-      int even = between(line);
-      int odd = line[k];
+    for (int i = 0; i < count; i += Vec::bytes) {
+      auto odd = Vec::load(line + first + i);
+      auto even = Vec::average_u8(Vec::load(line + first + i - 1), odd);
       if (before != nullptr) {
-        even = average_of(between(before), even);
-        odd = average_of(before[k], odd);
+        const auto odd_before = Vec::load(before + first + i);
+        const auto even_before = Vec::average_u8(Vec::load(before + first + i - 1), odd_before);
+        even = Vec::average_u8(even_before, even);
+        odd = Vec::average_u8(odd_before, odd);
       }
-      out[2 * i] = static_cast<uint8_t>(even);
-      out[2 * i + 1] = static_cast<uint8_t>(odd);
+      Vec::store(out + 2 * i, Vec::interleave_low_u8(even, odd));
+      Vec::store(out + 2 * i + Vec::bytes, Vec::interleave_high_u8(even, odd));
     }
+    // There is nothing before the first value: it stands twice.
+    if (first == 0) out[0] = out[1];
   }
 
   // An output line of doubled values: planes of `line`, averaged with those of `before` if given.
@@ -179,7 +189,7 @@ class Emission {
 
   void put_doubled_plane(uint8_t *plane, int origin, const uint8_t *line, const uint8_t *before,
                          int count) const {
-    uint8_t values[2 * piece];
+    alignas(Vec::bytes) uint8_t values[2 * piece];
     for (int first = 0; first < count; first += piece) {
       const int n = count - first < piece ? count - first : piece;
       double_piece(values, line, before, first, n);

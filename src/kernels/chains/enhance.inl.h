@@ -89,7 +89,8 @@ void laplacian_line(uint8_t *out, uint8_t *const in[3], const uint8_t *next_line
 }
 
 // Chroma box of quality 14: 3 by 3, scaled by 28 / 256, which is a little less than 1 / 9. For the
-// even columns; the first and the last block pass unfiltered. `in` is three lines of signed bytes.
+// even columns; the first and the last block pass unfiltered. `in` is three lines of signed bytes,
+// `out` chroma in the studio range.
 void box_line(uint8_t *out, const uint8_t *const in[3], int width, bool filters) {
   for (int x = 0; x < width; x += Vec::bytes) {
     const auto at = [&](int line, int column) {
@@ -104,11 +105,11 @@ void box_line(uint8_t *out, const uint8_t *const in[3], int width, bool filters)
     const auto mean = Vec::shift_right_signed_words<8>(Vec::multiply_low(sum, Vec::words(28)));
     const bool inside = filters && x >= Vec::bytes && x + Vec::bytes <= width - Vec::bytes;
     const auto value = inside ? mean : at(0, 0);
-    Vec::store_low_half(out + x / 2, Vec::pack_s8(value, value));
+    Vec::store_low_half(out + x / 2, to_studio_chroma(Vec::pack_s8(value, value)));
     if (filters && !inside && x >= Vec::bytes && x < width - Vec::bytes) {
       // A block that the last one's border cuts through.
       uint8_t means[Vec::bytes];
-      Vec::store(means, Vec::pack_s8(mean, mean));
+      Vec::store(means, to_studio_chroma(Vec::pack_s8(mean, mean)));
       for (int i = 0; x + 2 * i < width - Vec::bytes; ++i) out[x / 2 + i] = means[i];
     }
   }

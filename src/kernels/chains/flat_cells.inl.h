@@ -34,36 +34,42 @@ struct CellRow {
   int row = -2;  // the line r it belongs to
 };
 
+// Both stages work on whole registers and take the even columns at the end: a cell's values stand
+// in the low byte of its word.
+
 // `in` is lines r - 2 to r + 3.
 template <bool odd_row>
-void find_flat_cells(CellRow &cells, const uint8_t *const in[6], int width, Vec::type threshold) {
+[[gnu::flatten]] void find_flat_cells(CellRow &cells, const uint8_t *const in[6], int width,
+                                      Vec::type threshold) {
   constexpr const SamplePair(&pairs)[12] = odd_row ? odd_row_pairs : even_row_pairs;
   for (int x = 0; x < width; x += Vec::bytes) {
-    const auto sample = [&](SamplePlace at) {
-      return every_second(in[2 + at.line] + x + at.column);
+    const auto sample = [&](SamplePlace at) { return Vec::load(in[2 + at.line] + x + at.column); };
+    const auto difference = [&](int i) {
+      const auto p = sample(pairs[i].p);
+      const auto q = sample(pairs[i].q);
+      return Vec::bit_or(Vec::subtract_saturated_u8(p, q), Vec::subtract_saturated_u8(q, p));
     };
-    auto excess = Vec::zero();
-    for (const SamplePair &pair : pairs) {
-      const auto p = sample(pair.p);
-      const auto q = sample(pair.q);
-      const auto difference =
-          Vec::bit_or(Vec::subtract_saturated_u8(p, q), Vec::subtract_saturated_u8(q, p));
-      excess = Vec::bit_or(excess, Vec::subtract_saturated_u8(difference, threshold));
-    }
+    const auto largest_of_four = [&](int i) {
+      return Vec::max_u8(Vec::max_u8(difference(i), difference(i + 1)),
+                         Vec::max_u8(difference(i + 2), difference(i + 3)));
+    };
+    const auto largest =
+        Vec::max_u8(Vec::max_u8(largest_of_four(0), largest_of_four(4)), largest_of_four(8));
+    const auto excess = columns<false>(Vec::subtract_saturated_u8(largest, threshold));
     Vec::store(cells.mask + x, Vec::equal_words(excess, Vec::zero()));
   }
 }
 
 // `in` is lines r - 1 to r + 2.
 template <bool odd_row>
-void average_cells(CellRow &cells, const uint8_t *const in[4], int width) {
+[[gnu::flatten]] void average_cells(CellRow &cells, const uint8_t *const in[4], int width) {
   for (int x = 0; x < width; x += Vec::bytes) {
     // VA averages lines r - 1 and r + 1, VB lines r and r + 2.
     const auto VA = [&](int column) {
-      return Vec::average_u8(every_second(in[0] + x + column), every_second(in[2] + x + column));
+      return Vec::average_u8(Vec::load(in[0] + x + column), Vec::load(in[2] + x + column));
     };
     const auto VB = [&](int column) {
-      return Vec::average_u8(every_second(in[1] + x + column), every_second(in[3] + x + column));
+      return Vec::average_u8(Vec::load(in[1] + x + column), Vec::load(in[3] + x + column));
     };
     const auto red_rows = [&](int column) { return odd_row ? VB(column) : VA(column); };
     const auto blue_rows = [&](int column) { return odd_row ? VA(column) : VB(column); };
@@ -71,9 +77,9 @@ void average_cells(CellRow &cells, const uint8_t *const in[4], int width) {
     const auto B = Vec::average_u8(blue_rows(2), blue_rows(0));
     const auto G = Vec::average_u8(Vec::average_u8(blue_rows(1), blue_rows(-1)),
                                    Vec::average_u8(red_rows(2), red_rows(0)));
-    Vec::store(cells.rgb[0] + x, R);
-    Vec::store(cells.rgb[1] + x, G);
-    Vec::store(cells.rgb[2] + x, B);
+    Vec::store(cells.rgb[0] + x, columns<false>(R));
+    Vec::store(cells.rgb[1] + x, columns<false>(G));
+    Vec::store(cells.rgb[2] + x, columns<false>(B));
   }
 }
 

@@ -1,6 +1,7 @@
 // Lines of the mosaic, as the stages of a chain see them.
 #pragma once
 
+#include "kernels/lanes/bytes.inl.h"
 #include "kernels/single/lines.inl.h"
 
 namespace ppl::TIER {
@@ -55,9 +56,7 @@ struct MosaicLines {
       const uint8_t *const mirrored = frame + offset(pair, 4 * pair - y, step);
       for (; x < width && start + x < 0; ++x) to[x] = mirrored[x];
     }
-    const uint8_t *const from = frame + start;
-    for (; x + Vec::bytes <= width; x += Vec::bytes) Vec::store(to + x, Vec::load(from + x));
-    for (; x < width; ++x) to[x] = from[x];
+    copy_bytes(to + x, frame + start + x, width - x);
   }
 };
 
@@ -105,11 +104,6 @@ class ReflectedLines {
   LineRing lines_;
   int holds_[6];
 };
-
-// Samples of every second column as words, from column `x` on, wherever that is.
-inline Vec::type every_second(const uint8_t *x) {
-  return Vec::bit_and(Vec::load(x), Vec::words(0x00FF));
-}
 
 }  // namespace
 }  // namespace ppl::TIER

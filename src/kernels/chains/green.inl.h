@@ -63,15 +63,17 @@ void green_line(uint8_t *green, int16_t *differences, const uint8_t *const in[5]
     const auto smaller = Vec::min_words(V_gradient, H_gradient);
     const auto directional =
         Vec::bit_and(Vec::greater_words(larger, threshold), Vec::greater_words(threshold, smaller));
-    const auto along = blend(Vec::equal_words(larger, H_gradient), V, H);
-    const auto D = blend(directional, Vec::shift_right_signed_words<1>(along),
-                         Vec::shift_right_signed_words<2>(Vec::add_words(V, H)));
+    // A quarter of V + H, or of 2 V or 2 H: what makes one of the other is their difference.
+    const auto other_axis = Vec::bit_and(directional, Vec::sub_words(H, V));
+    const auto takes_V = Vec::equal_words(larger, H_gradient);
+    const auto moved = Vec::sub_words(Vec::bit_xor(other_axis, takes_V), takes_V);
+    const auto D = Vec::shift_right_signed_words<2>(Vec::add_words(Vec::add_words(V, H), moved));
 
     const auto own = Vec::load(in[2] + x);
     const auto A = columns<odd>(own);
     const auto G = clamp_to_byte(Vec::add_words(Vec::shift_right_words<1>(A), D));
-    Vec::store(green + x,
-               odd ? join_columns(columns<false>(own), G) : join_columns(G, columns<true>(own)));
+    Vec::store(green + x, odd ? join_columns(columns<false>(own), G)
+                              : Vec::bit_or(G, Vec::and_not(Vec::words(0x00FF), own)));
     store_words(differences + x / 2, Vec::sub_words(A, G));
   }
   reflect_differences(differences, width / 2);

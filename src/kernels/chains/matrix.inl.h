@@ -7,35 +7,81 @@
 namespace ppl::TIER {
 namespace {
 
+// Pixels of the columns of one parity, a word each, and how strong their colour is.
 struct Pixels {
-  Vec::type r, g, b;
+  Vec::type r, g, b, index;
+};
 
-  // |R - G| + |G - B| + |B - R| is twice the span, so its quarter is half the span. The bound acts
-  // through its complement, unsigned.
-  Vec::type index(Vec::type index_mask) const {
-    const auto largest = Vec::max_words(Vec::max_words(r, g), b);
-    const auto smallest = Vec::min_words(Vec::min_words(r, g), b);
-    const auto index = Vec::shift_right_words<1>(Vec::sub_words(largest, smallest));
-    return Vec::subtract_saturated_u16(Vec::add_saturated_u16(index, index_mask), index_mask);
+// A register of pixels, parted by columns.
+struct PixelGroup {
+  Pixels even, odd;
+
+  // |R - G| + |G - B| + |B - R| is twice the span, so its quarter is half the span.
+  PixelGroup(const ColourLines &in, int x, Vec::type span_limit) {
+    const auto r = Vec::load(in.r + x), g = Vec::load(in.g + x), b = Vec::load(in.b + x);
+    const auto largest = Vec::max_u8(Vec::max_u8(r, g), b);
+    const auto smallest = Vec::min_u8(Vec::min_u8(r, g), b);
+    const auto span = Vec::min_u8(Vec::subtract_u8(largest, smallest), span_limit);
+    even = {columns<false>(r), columns<false>(g), columns<false>(b),
+            Vec::shift_right_words<1>(columns<false>(span))};
+    odd = {columns<true>(r), columns<true>(g), columns<true>(b), Vec::shift_right_words<9>(span)};
   }
 };
 
-// Three rows of slopes and bases. `shift` is the slopes' scale against the bases.
-template <int shift>
+// Three rows of slopes and bases. A coefficient is ((index * slope + half) >> shift) + base. Where
+// that cannot leave 16 bits, the base is taken into the sum before the shift, which saves a step.
+struct AdaptiveMatrix {
+  const WordVector<TIER_BYTES> *slope;
+  Vec::type base[9];  // in one with half, and shifted, if they are folded
+  Vec::type rounding, span_limit;
+  int shift;
+  bool folded;
+
+  AdaptiveMatrix(const WordVector<TIER_BYTES> *slopes, const WordVector<TIER_BYTES> *bases,
+                 const WordVector<TIER_BYTES> &row_rounding, int slope_shift, const Parameters &p)
+      : slope(slopes), rounding(load(row_rounding)), shift(slope_shift) {
+    // The bound is kept as its complement.
+    const int bound = static_cast<uint16_t>(~p.index_mask_vec.lane[0]);
+    const int highest = bound < 127 ? bound : 127;
+    span_limit = Vec::bytes_all(2 * highest + 1);
+    folded = true;
+    for (int i = 0; i < 9; ++i) folded = folded && folds(i, bases[i].lane[0], highest);
+    for (int i = 0; i < 9; ++i) {
+      base[i] = folded ? Vec::words((bases[i].lane[0] << shift) + half()) : load(bases[i]);
+    }
+  }
+
+ private:
+  int half() const { return 1 << (shift - 1); }
+
+  bool folds(int i, int plain_base, int highest) const {
+    const int moved = highest * slope[i].lane[0] + half();
+    const int at_zero = (plain_base << shift) + half();
+    return is_word(moved) && is_word(at_zero) && is_word(moved + (plain_base << shift));
+  }
+  static bool is_word(int v) { return v == static_cast<int16_t>(v); }
+};
+
+// The matrix at work: its slopes' scale against its bases, and whether these are folded.
+template <int shift, bool folded>
 struct AdaptiveRows {
-  const WordVector<TIER_BYTES> *slope, *base;
+  const AdaptiveMatrix &m;
 
   Vec::type coefficient(int i, Vec::type index) const {
-    const auto moved =
-        Vec::add_words(Vec::multiply_low(index, load(slope[i])), Vec::words(1 << (shift - 1)));
-    return Vec::add_words(Vec::shift_right_signed_words<shift>(moved), load(base[i]));
+    const auto moved = Vec::multiply_low(index, load(m.slope[i]));
+    if constexpr (folded) {
+      return Vec::shift_right_signed_words<shift>(Vec::add_words(moved, m.base[i]));
+    } else {
+      const auto rounded = Vec::add_words(moved, Vec::words(1 << (shift - 1)));
+      return Vec::add_words(Vec::shift_right_signed_words<shift>(rounded), m.base[i]);
+    }
   }
 
   // A row applied to pixels; leaves Q6.
-  Vec::type apply(int row, const Pixels &p, Vec::type index, Vec::type rounding) const {
-    const auto r = Vec::multiply_low(coefficient(3 * row, index), p.r);
-    const auto g = Vec::multiply_low(coefficient(3 * row + 1, index), p.g);
-    const auto b = Vec::multiply_low(coefficient(3 * row + 2, index), p.b);
+  Vec::type apply(int row, const Pixels &p, Vec::type rounding) const {
+    const auto r = Vec::multiply_low(coefficient(3 * row, p.index), p.r);
+    const auto g = Vec::multiply_low(coefficient(3 * row + 1, p.index), p.g);
+    const auto b = Vec::multiply_low(coefficient(3 * row + 2, p.index), p.b);
     return Vec::shift_right_signed_words<6>(
         Vec::add_words(Vec::add_words(r, g), Vec::add_words(b, rounding)));
   }
@@ -53,82 +99,65 @@ inline Vec::type join_signed(Vec::type even, Vec::type odd) {
   return Vec::interleave_low_u8(packed, Vec::swap_halves(packed));
 }
 
-template <bool odd>
-Pixels pixels_at(const ColourLines &in, int x) {
-  return {columns<odd>(Vec::load(in.r + x)), columns<odd>(Vec::load(in.g + x)),
-          columns<odd>(Vec::load(in.b + x))};
-}
-
 // Where U and V of a line go.
 enum class ChromaSites {
   none,          // odd lines: no chroma
-  even_columns,  // one value a cell
-  all,
+  even_columns,  // one value a cell, finished
+  all,           // signed
 };
 
-// Luma in the studio range and signed chroma.
-template <ChromaSites sites>
+// Luma, or a row of R, G and B, clamped to bytes.
+template <class Rows>
+Vec::type clamped_row(const Rows &rows, int row, const PixelGroup &pixels) {
+  return join_clamped(rows.apply(row, pixels.even, rows.m.rounding),
+                      rows.apply(row, pixels.odd, rows.m.rounding));
+}
+
+// A chroma row of every pixel, as signed bytes.
+template <class Rows>
+Vec::type chroma_row(const Rows &rows, int row, const PixelGroup &pixels) {
+  return join_signed(rows.apply(row, pixels.even, Vec::words(32)),
+                     rows.apply(row, pixels.odd, Vec::words(32)));
+}
+
+// Luma in the studio range, and chroma.
+template <ChromaSites sites, class Rows>
 void studio_line(uint8_t *y, uint8_t *u, uint8_t *v, const ColourLines &in, int width,
-                 const Parameters &p) {
-  const AdaptiveRows<8> rows = {p.studio_slope_vec, p.studio_base0_vec};
-  const auto mask = load(p.index_mask_vec);
-  const auto luma_rounding = load(p.offset_studio_vec);
-  const auto chroma_rounding = Vec::words(32);
+                 const Rows &rows) {
   for (int x = 0; x < width; x += Vec::bytes) {
-    const Pixels even = pixels_at<false>(in, x);
-    const Pixels odd = pixels_at<true>(in, x);
-    const auto even_index = even.index(mask);
-    const auto odd_index = odd.index(mask);
-    Vec::store(y + x, to_studio_luma(join_clamped(rows.apply(0, even, even_index, luma_rounding),
-                                                  rows.apply(0, odd, odd_index, luma_rounding))));
+    const PixelGroup pixels(in, x, rows.m.span_limit);
+    Vec::store(y + x, to_studio_luma(clamped_row(rows, 0, pixels)));
     if constexpr (sites == ChromaSites::even_columns) {
-      const auto chroma = Vec::pack_s8(rows.apply(1, even, even_index, chroma_rounding),
-                                       rows.apply(2, even, even_index, chroma_rounding));
+      const auto chroma = to_studio_chroma(Vec::pack_s8(
+          rows.apply(1, pixels.even, Vec::words(32)), rows.apply(2, pixels.even, Vec::words(32))));
       Vec::store_low_half(u + x / 2, chroma);
       Vec::store_low_half(v + x / 2, Vec::swap_halves(chroma));
     } else if constexpr (sites == ChromaSites::all) {
-      Vec::store(u + x, join_signed(rows.apply(1, even, even_index, chroma_rounding),
-                                    rows.apply(1, odd, odd_index, chroma_rounding)));
-      Vec::store(v + x, join_signed(rows.apply(2, even, even_index, chroma_rounding),
-                                    rows.apply(2, odd, odd_index, chroma_rounding)));
+      Vec::store(u + x, chroma_row(rows, 1, pixels));
+      Vec::store(v + x, chroma_row(rows, 2, pixels));
     }
   }
 }
 
 // Luma in the full range and signed chroma of every pixel, for RGB output with enhancement.
-void full_range_line(uint8_t *const out[3], const ColourLines &in, int width, const Parameters &p) {
-  const AdaptiveRows<8> rows = {p.full_slope_vec, p.full_base0_vec};
-  const auto mask = load(p.index_mask_vec);
-  const auto luma_rounding = load(p.offset_full_vec);
-  const auto chroma_rounding = Vec::words(32);
+template <class Rows>
+void full_range_line(uint8_t *const out[3], const ColourLines &in, int width, const Rows &rows) {
   for (int x = 0; x < width; x += Vec::bytes) {
-    const Pixels even = pixels_at<false>(in, x);
-    const Pixels odd = pixels_at<true>(in, x);
-    const auto even_index = even.index(mask);
-    const auto odd_index = odd.index(mask);
-    Vec::store(out[0] + x, join_clamped(rows.apply(0, even, even_index, luma_rounding),
-                                        rows.apply(0, odd, odd_index, luma_rounding)));
-    for (int row = 1; row < 3; ++row) {
-      Vec::store(out[row] + x, join_signed(rows.apply(row, even, even_index, chroma_rounding),
-                                           rows.apply(row, odd, odd_index, chroma_rounding)));
-    }
+    const PixelGroup pixels(in, x, rows.m.span_limit);
+    Vec::store(out[0] + x, clamped_row(rows, 0, pixels));
+    Vec::store(out[1] + x, chroma_row(rows, 1, pixels));
+    Vec::store(out[2] + x, chroma_row(rows, 2, pixels));
   }
 }
 
 // R, G and B. All three rows round alike.
-void rgb_line(uint8_t *const out[3], const ColourLines &in, int width, const Parameters &p) {
-  const AdaptiveRows<5> rows = {p.rgb_slope_vec, p.rgb_base0_vec};
-  const auto mask = load(p.index_mask_vec);
-  const auto rounding = load(p.offset_rgb_vec);
+template <class Rows>
+void rgb_line(uint8_t *const out[3], const ColourLines &in, int width, const Rows &rows) {
   for (int x = 0; x < width; x += Vec::bytes) {
-    const Pixels even = pixels_at<false>(in, x);
-    const Pixels odd = pixels_at<true>(in, x);
-    const auto even_index = even.index(mask);
-    const auto odd_index = odd.index(mask);
-    for (int row = 0; row < 3; ++row) {
-      Vec::store(out[row] + x, join_clamped(rows.apply(row, even, even_index, rounding),
-                                            rows.apply(row, odd, odd_index, rounding)));
-    }
+    const PixelGroup pixels(in, x, rows.m.span_limit);
+    Vec::store(out[0] + x, clamped_row(rows, 0, pixels));
+    Vec::store(out[1] + x, clamped_row(rows, 1, pixels));
+    Vec::store(out[2] + x, clamped_row(rows, 2, pixels));
   }
 }
 
@@ -140,32 +169,39 @@ inline Vec::type high_signed(Vec::type v) {
   return Vec::shift_right_signed_words<8>(Vec::interleave_high_u8(Vec::zero(), v));
 }
 
-// Y, U, V of a line to R, G, B, in place: R takes Y's line, G takes U's, B takes V's. Q7; sums
-// saturate from left to right.
-void full_range_to_rgb(uint8_t *const plane[3], const uint8_t *luma, int width) {
+// Half a register of Y, U, V to R, G and B. Q7; sums saturate from left to right.
+struct FullRangeToRgb {
+  Vec::type r, g, b;
+
+  FullRangeToRgb(Vec::type y, Vec::type u, Vec::type v) {
+    const auto y128 = Vec::shift_left_words<7>(y);
+    r = finish(Vec::add_saturated_words(y128, times(v, 175)));
+    g = finish(Vec::subtract_saturated_words(Vec::subtract_saturated_words(y128, times(u, 43)),
+                                             times(v, 89)));
+    b = finish(Vec::add_saturated_words(y128, times(u, 222)));
+  }
+
+ private:
+  static Vec::type times(Vec::type chroma, int factor) {
+    return Vec::multiply_low(chroma, Vec::words(factor));
+  }
+  static Vec::type finish(Vec::type sum) {
+    return Vec::shift_right_signed_words<7>(Vec::add_saturated_words(sum, Vec::words(32)));
+  }
+};
+
+// Y, U, V of a line to R, G, B, in place: R takes Y's line, G takes U's, B takes V's.
+[[gnu::flatten]] void full_range_to_rgb(uint8_t *const plane[3], const uint8_t *luma, int width) {
   for (int x = 0; x < width; x += Vec::bytes) {
     const auto Y = Vec::load(luma + x);
     const auto U = Vec::load(plane[1] + x);
     const auto V = Vec::load(plane[2] + x);
-    Vec::type rgb[3][2];
-    for (int half = 0; half < 2; ++half) {
-      const auto y = half == 0 ? Vec::interleave_low_u8(Y, Vec::zero())
-                               : Vec::interleave_high_u8(Y, Vec::zero());
-      const auto u = half == 0 ? low_signed(U) : high_signed(U);
-      const auto v = half == 0 ? low_signed(V) : high_signed(V);
-      const auto y128 = Vec::shift_left_words<7>(y);
-      const auto finish = [](Vec::type sum) {
-        return Vec::shift_right_signed_words<7>(Vec::add_saturated_words(sum, Vec::words(32)));
-      };
-      const auto times = [](Vec::type c, int factor) {
-        return Vec::multiply_low(c, Vec::words(factor));
-      };
-      rgb[0][half] = finish(Vec::add_saturated_words(y128, times(v, 175)));
-      rgb[1][half] = finish(Vec::subtract_saturated_words(
-          Vec::subtract_saturated_words(y128, times(u, 43)), times(v, 89)));
-      rgb[2][half] = finish(Vec::add_saturated_words(y128, times(u, 222)));
-    }
-    for (int i = 0; i < 3; ++i) Vec::store(plane[i] + x, Vec::pack_u8(rgb[i][0], rgb[i][1]));
+    const FullRangeToRgb low(Vec::interleave_low_u8(Y, Vec::zero()), low_signed(U), low_signed(V));
+    const FullRangeToRgb high(Vec::interleave_high_u8(Y, Vec::zero()), high_signed(U),
+                              high_signed(V));
+    Vec::store(plane[0] + x, Vec::pack_u8(low.r, high.r));
+    Vec::store(plane[1] + x, Vec::pack_u8(low.g, high.g));
+    Vec::store(plane[2] + x, Vec::pack_u8(low.b, high.b));
   }
 }
 

@@ -49,6 +49,7 @@ struct Vec {
 
   static type bit_and(type a, type b) { return _mm_and_si64(a, b); }
   static type bit_or(type a, type b) { return _mm_or_si64(a, b); }
+  static type bit_xor(type a, type b) { return _mm_xor_si64(a, b); }
   static type and_not(type a, type b) { return _mm_andnot_si64(a, b); }  // ~a & b
   static type add_words(type a, type b) { return _mm_add_pi16(a, b); }
   static type sub_words(type a, type b) { return _mm_sub_pi16(a, b); }
@@ -164,6 +165,7 @@ struct Vec {
 
   static type bit_and(type a, type b) { return _mm_and_si128(a, b); }
   static type bit_or(type a, type b) { return _mm_or_si128(a, b); }
+  static type bit_xor(type a, type b) { return _mm_xor_si128(a, b); }
   static type and_not(type a, type b) { return _mm_andnot_si128(a, b); }  // ~a & b
   static type add_words(type a, type b) { return _mm_add_epi16(a, b); }
   static type sub_words(type a, type b) { return _mm_sub_epi16(a, b); }
