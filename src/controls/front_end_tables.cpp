@@ -25,8 +25,8 @@ void compose(FrontEndTable &rgb, FrontEndTable &mono, const PplContext &ctx, con
       const uint8_t value = position(sample);
       const int shift = 8 * column;
       rgb.column[column][sample] = static_cast<uint32_t>(ctx.rgb_gamma_table[value]) << shift;
-      mono.column[column][sample] =
-          static_cast<uint32_t>(ctx.yuv_contrast_gamma_table[value]) << shift;
+      mono.column[column][sample] = static_cast<uint32_t>(ctx.yuv_contrast_gamma_table[value])
+                                    << shift;
     }
   }
 }

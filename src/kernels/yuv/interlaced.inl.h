@@ -83,14 +83,33 @@ struct PlanarLine {
 
   // Every `step`th pair of a packed line; `pairs` of them.
   void take(const uint8_t *in, bool luma_first, int pairs, int step) const {
+    int i = 0;
+    if (step == 1)
+      i = luma_first ? take_registers<true>(in, pairs) : take_registers<false>(in, pairs);
     const int Y = luma_first ? 0 : 1;
-    for (int i = 0; i < pairs; ++i) {
+    for (; i < pairs; ++i) {
       const uint8_t *const pair = in + 4 * i * step;
       y[2 * i] = pair[Y];
       y[2 * i + 1] = pair[2 + Y];
       u[i] = pair[1 - Y];
       v[i] = pair[3 - Y];
     }
+  }
+
+ private:
+  // Returns how many pairs it took.
+  template <bool luma_first>
+  int take_registers(const uint8_t *in, int pairs) const {
+    using Pixels = PackedPixels<luma_first>;
+    constexpr int step = Vec::bytes / 2;
+    int i = 0;
+    for (; i + step <= pairs; i += step) {
+      Vec::store(y + 2 * i, Pixels::luma_bytes(in + 4 * i));
+      const auto chroma = separate_chroma(Pixels::chroma_bytes(in + 4 * i));
+      Vec::store_low_half(u + i, chroma);
+      Vec::store_low_half(v + i, Vec::swap_halves(chroma));
+    }
+    return i;
   }
 };
 
