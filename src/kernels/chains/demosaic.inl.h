@@ -1,4 +1,8 @@
 // Red and blue at every pixel, one byte line each.
+//
+//   R . R      at a B site red comes from the four diagonal neighbours (an R site likewise);
+//   . B .      at a green site one colour stands beside it, the other above and below.
+//   R . R      Reach: 1 line, 1 column; as cells, the one before or behind.
 #pragma once
 
 #include "kernels/chains/green.inl.h"

@@ -1,6 +1,13 @@
 // Flat cell smoothing: where twelve differences between green samples around a cell all stay within
 // a threshold, the cell's four pixels take one averaged colour.
 //
+//   r - 2    .  .  g  .  g  .      the green samples that are compared, for an odd r; for an even r
+//   r - 1    .  g  .  g  .  g      the same upside down
+//   r        g  . [g  .] g  .
+//   r + 1    .  g [.  g] .  g      [ ] is the cell
+//   r + 2    g  .  g  .  g  .
+//   r + 3    .  g  .  g  .  .
+//
 // Cells span lines r and r + 1; r is odd in quality 10 and even in quality 11, so that the two
 // green phases change places. Reach: lines r - 2 to r + 3, columns x - 2 to x + 3.
 #pragma once

@@ -6,7 +6,20 @@
 //   front end -> [repair] -> green -> demosaic -> [flat cells] -> matrix -> [enhancement] ->
 //   emission
 //
-// A stage is found by its name in a file of its own, where its window is drawn.
+// A stage is found by its name in a file of its own, where its window is drawn:
+//
+//   stage         its window           how far it is ahead of the line pair that is emitted
+//   front end     the sample           2 pairs; 1 without a green stage; 1 more with repair
+//   repair        2 lines, 2 columns   1 pair behind the front end
+//   green         2 lines, 2 columns   2 lines
+//   demosaic      1 line, 1 cell       1 line if enhancement follows, otherwise none
+//   flat cells    3 lines, 3 columns   as demosaic
+//   matrix        the pixel            as demosaic
+//   enhancement   1 line, 1 column     none
+//   chroma box    1 line, 1 column     none
+//
+// A new form of a stage is a value of its enumeration here, a line function in the stage's file,
+// and a branch where ChainSweep (chain.inl.h) runs the stage.
 #pragma once
 
 namespace ppl {
