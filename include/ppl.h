@@ -165,7 +165,8 @@ How much is read and written
         RGB32       1             the frame       4 * (S + up(width, 4) / 2 - W)
 
   3. The fallbacks of the enlarging entry functions in I420, YUYV and UYVY, which read 4n bytes of
-     src, far past the frame. See "Raw frames: entry functions".
+     src, far past the frame. See "Raw frames: entry functions". Those of packed video read as much
+     as the output has pixels; see "Packed video".
 
 
 What a frame call returns
@@ -387,9 +388,9 @@ PPL_API uint8_t PPL_CALL ppl_new_frame_sizes(PplContext *ctx, uint32_t in_width,
        2            width / 4    height / 4   + top + bottom black lines
        -1           width * 2    height * 2   + top + bottom black lines
 
-   Refuses a decimation out of range. Black lines are not tested: with fewer than 0 in all, pictures
-   leave their buffers. Returns 1 otherwise, and does nothing else if all three values are the
-   stored ones.
+   Refuses a decimation out of range. Black lines are not tested: with fewer than 0 in all, and in
+   packed video with fewer than 0 on either side, pictures leave their buffers. Returns 1 otherwise,
+   and does nothing else if all three values are the stored ones.
 
    What a raw frame becomes (avg rounds up at the half; multi-pass qualities are 0, 1, 2, 10, 11, 12
    and 14; for 13 see ppl_set_quality):
@@ -1394,9 +1395,14 @@ PPL_API const uint32_t *PPL_CALL ppl_b_histogram(const PplContext *ctx);
   written. The result is otherwise 1, also where a decimation is not converted, and ppl_n_frame
   counts one up.
 
-  Buffers. dst holds, with w = out_width and h = out_height:
+  Buffers. dst holds, with w = out_width and h = out_height as ppl_new_frame_sizes leaves them
+  (640 by 480 where 352 by 240 or 288 was passed):
 
     I420 w * h * 3 / 2    YUYV, UYVY w * h * 2    RGB24 w * h * 3
+
+  Nothing is read or written beyond. But where out_height has lost the black lines that are still
+  stored (see ppl_set_decimation), YUYV and UYVY write them all the same: dst then holds that many
+  lines more.
 
   RGB24 is B, G, R in memory and bottom-up, as everywhere. Source and destination may not overlap.
   Alignment is as for raw frames: all pointers multiples of 8 for the pixel path at all, of 16 for
@@ -1454,8 +1460,7 @@ PPL_API uint8_t PPL_CALL ppl_process_uyvytorgb24(PplContext *ctx, const uint8_t 
 
 /* Interlaced frames: two fields of height / 2 lines each make a frame of height lines.
 
-  reference_field   a field of second_field's parity, from a frame earlier. Read by the motion
-  test
+  reference_field   a field of second_field's parity, from a frame earlier. Read by the motion test
                     alone, but it must be a valid, aligned pointer in every call.
   first_field       the even lines, from line 0 on
   second_field      the odd lines
