@@ -1411,7 +1411,11 @@ PPL_API const uint32_t *PPL_CALL ppl_b_histogram(const PplContext *ctx);
   Fallback. An entry function that cannot run the pixel path returns 0 and writes, with n = w * h:
   to I420 n bytes copied from the source (the first field) and n / 2 bytes of 128; to RGB24 3 n
   bytes of 255; to RGB32 4 n bytes of 255; to YUYV and UYVY n bytes of the first field and n of
-  the second.
+  the second. It reads these n bytes also where the source has fewer, as with a larger output or
+  with black lines: a caller that may meet such a processor makes its source buffers that large.
+
+  Odd sizes, which only raw calls can store, convert their even part; an odd scaled height loses
+  its last line.
 */
 
 /* Progressive frames.
@@ -1609,7 +1613,7 @@ PPL_API uint8_t PPL_CALL ppl_process_intluyvytorgb24(PplContext *ctx,
   q[19]; the low bytes of the pairs from q[12] on, then 0, q[21], 0, q[23]. Chroma: the high bytes
   of the same eight pairs, unseparated, to the U plane; the odd line's overwrite the even line's.
   The V plane is left alone. With h_mirror the groups run from the right end, luma reversed. A
-  source line has 3 * width / 2 bytes.
+  source line has 3 * width / 2 bytes; where that ends within a group, the rest counts as zeros.
 
   Note: both names are one operation: the low byte of a pair is always taken as luma. */
 PPL_API uint8_t PPL_CALL YUYVYYYYToI420MMX(PplContext *ctx, const uint8_t *src, uint8_t *dst,
