@@ -117,6 +117,8 @@ inline constexpr int window_columns = 8;
 inline constexpr int window_rows = 6;
 inline constexpr int window_count = window_columns * window_rows;
 
+inline constexpr int most_waiting_means = 32;
+
 inline constexpr size_t ring_area_bytes = 40960;
 inline constexpr size_t ring_alignment = 32;
 
@@ -186,6 +188,8 @@ struct alignas(16) PplContext {
   PplTriple qual_rgb_means_whole_frame;
   uint32_t n_qual_2x2_whole_frame;
   uint32_t mean_normaliser;
+  // On their way to the histograms: means of B, Gb, Gr and R over the qualified cells of a vector.
+  uint8_t waiting_means[ppl::most_waiting_means][8];
 
   // Line memory: the only scratch of the library. The rings are views of it.
   uint8_t ring_area_storage[ppl::ring_area_bytes + ppl::ring_alignment - 1];

@@ -131,9 +131,6 @@ struct Vec {
   }
   static uint32_t low_sum(type sums) { return static_cast<uint32_t>(_mm_cvtsi64_si32(sums)); }
   static uint32_t high_sum(type sums) { return low_sum(high_half(sums)); }
-  // For sums that fit a word.
-  static uint32_t low_word(type sums) { return low_sum(sums); }
-  static uint32_t high_word(type sums) { return static_cast<uint32_t>(_mm_extract_pi16(sums, 2)); }
   // The high half, with zeros above it.
   static type high_half(type a) { return _mm_srli_si64(a, 32); }
 };
@@ -246,8 +243,6 @@ struct Vec {
   static type sum_halves(type a) { return _mm_sad_epu8(a, zero()); }
   static uint32_t low_sum(type sums) { return static_cast<uint32_t>(_mm_cvtsi128_si32(sums)); }
   static uint32_t high_sum(type sums) { return low_sum(high_half(sums)); }
-  static uint32_t low_word(type sums) { return low_sum(sums); }
-  static uint32_t high_word(type sums) { return static_cast<uint32_t>(_mm_extract_epi16(sums, 4)); }
   static type high_half(type a) { return _mm_srli_si128(a, 8); }
 };
 

@@ -157,6 +157,7 @@ class Statistics {
 
   // Adds what was gathered to the context.
   void flush() {
+    count_means();
     qualified_.add_to(ctx_.qual_rgb_means_whole_frame);
     ctx_.n_qual_2x2_whole_frame += n_qualified_.total();
     exposed_.add_to(ctx_.qAE_rgb_means_whole_frame);
@@ -206,12 +207,23 @@ class Statistics {
         CellSums::of(CellBytes::pack(cells.B, cells.Gb, cells.Gr, cells.R).masked(byte_mask(ok)));
     qualified_.add(sums);
     // One entry per position, at the mean of the vector with the failed cells counted as 0.
-    constexpr int mean_shift = TIER_BYTES == 8 ? 2 : 3;
+    const auto means = Vec::shift_right_words<mean_shift>(Vec::pack_words(sums.B_Gb, sums.Gr_R));
+    Vec::store_low_half(ctx_.waiting_means[n_means_], Vec::pack_u8(means, means));
+    if (++n_means_ == most_waiting_means) count_means();
+  }
+
+  // The histograms wait for a few vectors: between pixels their counting holds up what follows.
+  [[gnu::noinline]] void count_means() {
     constexpr uint32_t weight = 1u << mean_shift;
-    ctx_.g_histogram[Vec::high_word(sums.B_Gb) >> mean_shift] += weight;
-    ctx_.r_histogram[Vec::high_word(sums.Gr_R) >> mean_shift] += weight;
-    ctx_.b_histogram[Vec::low_word(sums.B_Gb) >> mean_shift] += weight;
-    ctx_.g_histogram[Vec::low_word(sums.Gr_R) >> mean_shift] += weight;
+    constexpr int position = Vec::bytes / 8;
+    for (int i = 0; i < n_means_; ++i) {
+      const uint8_t *const mean = ctx_.waiting_means[i];
+      ctx_.b_histogram[mean[0]] += weight;
+      ctx_.g_histogram[mean[position]] += weight;
+      ctx_.g_histogram[mean[2 * position]] += weight;
+      ctx_.r_histogram[mean[3 * position]] += weight;
+    }
+    n_means_ = 0;
   }
 
   // Stage A. Out of the band are cells that lie wholly below it or wholly above it.
@@ -269,6 +281,8 @@ class Statistics {
   Vec::type gain_[2], delta_[2];  // of B and Gb, of Gr and R
   CellSums qualified_, exposed_, all_;
   CellCount n_qualified_, n_exposed_;
+  static constexpr int mean_shift = TIER_BYTES == 8 ? 2 : 3;
+  int n_means_ = 0;
 };
 
 }  // namespace
