@@ -95,12 +95,14 @@ class ChainSweep {
   static int smaller(int a, int b) { return a < b ? a : b; }
 
   static AdaptiveMatrix matrix_of(const Parameters &p, bool is_rgb, const Chain &chain) {
-    if (!is_rgb) return {p.studio_slope_vec, p.studio_base0_vec, p.offset_studio_vec, 8, p};
+    const bool is_grey = chain.demosaic == Demosaic::grey;
+    if (!is_rgb)
+      return {p.studio_slope_vec, p.studio_base0_vec, p.offset_studio_vec, 8, is_grey, p};
     // The gradient form enhances luma also where R, G and B are wanted.
     if (chain.enhance == Enhance::gradient) {
-      return {p.full_slope_vec, p.full_base0_vec, p.offset_full_vec, 8, p};
+      return {p.full_slope_vec, p.full_base0_vec, p.offset_full_vec, 8, is_grey, p};
     }
-    return {p.rgb_slope_vec, p.rgb_base0_vec, p.offset_rgb_vec, 5, p};
+    return {p.rgb_slope_vec, p.rgb_base0_vec, p.offset_rgb_vec, 5, is_grey, p};
   }
 
   bool has_green() const {
@@ -279,17 +281,22 @@ class ChainSweep {
 
   template <int shift>
   void apply_rows(int y, uint8_t *first, const ColourLines &colours) {
-    if (colour_matrix_.folded) {
-      apply_rows(y, first, colours, AdaptiveRows<shift, true>{colour_matrix_});
-    } else {
-      apply_rows(y, first, colours, AdaptiveRows<shift, false>{colour_matrix_});
+    switch (colour_matrix_.form) {
+      case MatrixForm::plain:
+        return apply_rows(y, first, colours,
+                          AdaptiveRows<shift, MatrixForm::plain>{colour_matrix_});
+      case MatrixForm::folded:
+        return apply_rows(y, first, colours,
+                          AdaptiveRows<shift, MatrixForm::folded>{colour_matrix_});
+      case MatrixForm::grey:
+        return apply_rows(y, first, colours, AdaptiveRows<shift, MatrixForm::grey>{colour_matrix_});
     }
   }
 
   // The rows of the output's family. Chroma goes where it is waited for.
-  template <int shift, bool folded>
+  template <int shift, MatrixForm form>
   [[gnu::noinline, gnu::flatten]] void apply_rows(int y, uint8_t *first, const ColourLines &colours,
-                                                  const AdaptiveRows<shift, folded> &rows) {
+                                                  const AdaptiveRows<shift, form> &rows) {
     const int width = mosaic_.width;
     if constexpr (shift == 5) {
       uint8_t *const out[3] = {first, matrix_[1][y], matrix_[2][y]};

@@ -28,26 +28,40 @@ struct PixelGroup {
   }
 };
 
-// Three rows of slopes and bases. A coefficient is ((index * slope + half) >> shift) + base. Where
-// that cannot leave 16 bits, the base is taken into the sum before the shift, which saves a step.
+// How a matrix is computed. A coefficient is ((index * slope + half) >> shift) + base.
+enum class MatrixForm {
+  plain,
+  folded,  // the sum cannot leave 16 bits: the base goes into it, before the shift
+  grey,    // R, G and B are equal: the index is 0, and the bases of a row make one factor
+};
+
+// Three rows of slopes and bases.
 struct AdaptiveMatrix {
   const WordVector<TIER_BYTES> *slope;
-  Vec::type base[9];  // in one with half, and shifted, if they are folded
+  Vec::type base[9];  // as the form wants them; of grey pixels' three factors
   Vec::type rounding, span_limit;
   int shift;
-  bool folded;
+  MatrixForm form;
 
   AdaptiveMatrix(const WordVector<TIER_BYTES> *slopes, const WordVector<TIER_BYTES> *bases,
-                 const WordVector<TIER_BYTES> &row_rounding, int slope_shift, const Parameters &p)
+                 const WordVector<TIER_BYTES> &row_rounding, int slope_shift, bool is_grey,
+                 const Parameters &p)
       : slope(slopes), rounding(load(row_rounding)), shift(slope_shift) {
     // The bound is kept as its complement.
     const int bound = static_cast<uint16_t>(~p.index_mask_vec.lane[0]);
     const int highest = bound < 127 ? bound : 127;
     span_limit = Vec::bytes_all(2 * highest + 1);
-    folded = true;
-    for (int i = 0; i < 9; ++i) folded = folded && folds(i, bases[i].lane[0], highest);
+    form = is_grey ? MatrixForm::grey : MatrixForm::folded;
+    for (int i = 0; i < 9 && !is_grey; ++i) {
+      if (!folds(i, bases[i].lane[0], highest)) form = MatrixForm::plain;
+    }
     for (int i = 0; i < 9; ++i) {
-      base[i] = folded ? Vec::words((bases[i].lane[0] << shift) + half()) : load(bases[i]);
+      const int plain_base = bases[i].lane[0];
+      base[i] =
+          Vec::words(form == MatrixForm::folded ? (plain_base << shift) + half() : plain_base);
+    }
+    for (int i = 0; i < 3 && is_grey; ++i) {
+      base[i] = Vec::add_words(Vec::add_words(base[3 * i], base[3 * i + 1]), base[3 * i + 2]);
     }
   }
 
@@ -62,14 +76,14 @@ struct AdaptiveMatrix {
   static bool is_word(int v) { return v == static_cast<int16_t>(v); }
 };
 
-// The matrix at work: its slopes' scale against its bases, and whether these are folded.
-template <int shift, bool folded>
+// The matrix at work; `shift` is its slopes' scale against its bases.
+template <int shift, MatrixForm form>
 struct AdaptiveRows {
   const AdaptiveMatrix &m;
 
   Vec::type coefficient(int i, Vec::type index) const {
     const auto moved = Vec::multiply_low(index, load(m.slope[i]));
-    if constexpr (folded) {
+    if constexpr (form == MatrixForm::folded) {
       return Vec::shift_right_signed_words<shift>(Vec::add_words(moved, m.base[i]));
     } else {
       const auto rounded = Vec::add_words(moved, Vec::words(1 << (shift - 1)));
@@ -79,6 +93,10 @@ struct AdaptiveRows {
 
   // A row applied to pixels; leaves Q6.
   Vec::type apply(int row, const Pixels &p, Vec::type rounding) const {
+    if constexpr (form == MatrixForm::grey) {
+      return Vec::shift_right_signed_words<6>(
+          Vec::add_words(Vec::multiply_low(m.base[row], p.r), rounding));
+    }
     const auto r = Vec::multiply_low(coefficient(3 * row, p.index), p.r);
     const auto g = Vec::multiply_low(coefficient(3 * row + 1, p.index), p.g);
     const auto b = Vec::multiply_low(coefficient(3 * row + 2, p.index), p.b);
