@@ -283,20 +283,19 @@ class ChainSweep {
   void apply_rows(int y, uint8_t *first, const ColourLines &colours) {
     switch (colour_matrix_.form) {
       case MatrixForm::plain:
-        return apply_rows(y, first, colours,
-                          AdaptiveRows<shift, MatrixForm::plain>{colour_matrix_});
+        return apply_rows<shift, MatrixForm::plain>(y, first, colours);
       case MatrixForm::folded:
-        return apply_rows(y, first, colours,
-                          AdaptiveRows<shift, MatrixForm::folded>{colour_matrix_});
+        return apply_rows<shift, MatrixForm::folded>(y, first, colours);
       case MatrixForm::grey:
-        return apply_rows(y, first, colours, AdaptiveRows<shift, MatrixForm::grey>{colour_matrix_});
+        return apply_rows<shift, MatrixForm::grey>(y, first, colours);
     }
   }
 
   // The rows of the output's family. Chroma goes where it is waited for.
   template <int shift, MatrixForm form>
-  [[gnu::noinline, gnu::flatten]] void apply_rows(int y, uint8_t *first, const ColourLines &colours,
-                                                  const AdaptiveRows<shift, form> &rows) {
+  [[gnu::noinline, gnu::flatten]] void apply_rows(int y, uint8_t *first,
+                                                  const ColourLines &colours) {
+    const AdaptiveRows<shift, form> rows(colour_matrix_);
     const int width = mosaic_.width;
     if constexpr (shift == 5) {
       uint8_t *const out[3] = {first, matrix_[1][y], matrix_[2][y]};

@@ -76,32 +76,41 @@ struct AdaptiveMatrix {
   static bool is_word(int v) { return v == static_cast<int16_t>(v); }
 };
 
-// The matrix at work; `shift` is its slopes' scale against its bases.
+// The matrix at work; `shift` is its slopes' scale against its bases. A copy, which no store can
+// alias.
 template <int shift, MatrixForm form>
 struct AdaptiveRows {
-  const AdaptiveMatrix &m;
+  Vec::type slope[9], base[9];
+  Vec::type rounding, span_limit;
+
+  explicit AdaptiveRows(const AdaptiveMatrix &m) : rounding(m.rounding), span_limit(m.span_limit) {
+    for (int i = 0; i < 9; ++i) {
+      slope[i] = load(m.slope[i]);
+      base[i] = m.base[i];
+    }
+  }
 
   Vec::type coefficient(int i, Vec::type index) const {
-    const auto moved = Vec::multiply_low(index, load(m.slope[i]));
+    const auto moved = Vec::multiply_low(index, slope[i]);
     if constexpr (form == MatrixForm::folded) {
-      return Vec::shift_right_signed_words<shift>(Vec::add_words(moved, m.base[i]));
+      return Vec::shift_right_signed_words<shift>(Vec::add_words(moved, base[i]));
     } else {
       const auto rounded = Vec::add_words(moved, Vec::words(1 << (shift - 1)));
-      return Vec::add_words(Vec::shift_right_signed_words<shift>(rounded), m.base[i]);
+      return Vec::add_words(Vec::shift_right_signed_words<shift>(rounded), base[i]);
     }
   }
 
   // A row applied to pixels; leaves Q6.
-  Vec::type apply(int row, const Pixels &p, Vec::type rounding) const {
+  Vec::type apply(int row, const Pixels &p, Vec::type row_rounding) const {
     if constexpr (form == MatrixForm::grey) {
       return Vec::shift_right_signed_words<6>(
-          Vec::add_words(Vec::multiply_low(m.base[row], p.r), rounding));
+          Vec::add_words(Vec::multiply_low(base[row], p.r), row_rounding));
     }
     const auto r = Vec::multiply_low(coefficient(3 * row, p.index), p.r);
     const auto g = Vec::multiply_low(coefficient(3 * row + 1, p.index), p.g);
     const auto b = Vec::multiply_low(coefficient(3 * row + 2, p.index), p.b);
     return Vec::shift_right_signed_words<6>(
-        Vec::add_words(Vec::add_words(r, g), Vec::add_words(b, rounding)));
+        Vec::add_words(Vec::add_words(r, g), Vec::add_words(b, row_rounding)));
   }
 };
 
@@ -127,8 +136,8 @@ enum class ChromaSites {
 // Luma, or a row of R, G and B, clamped to bytes.
 template <class Rows>
 Vec::type clamped_row(const Rows &rows, int row, const PixelGroup &pixels) {
-  return join_clamped(rows.apply(row, pixels.even, rows.m.rounding),
-                      rows.apply(row, pixels.odd, rows.m.rounding));
+  return join_clamped(rows.apply(row, pixels.even, rows.rounding),
+                      rows.apply(row, pixels.odd, rows.rounding));
 }
 
 // A chroma row of every pixel, as signed bytes.
@@ -140,10 +149,9 @@ Vec::type chroma_row(const Rows &rows, int row, const PixelGroup &pixels) {
 
 // Luma in the studio range, and chroma.
 template <ChromaSites sites, class Rows>
-void studio_line(uint8_t *y, uint8_t *u, uint8_t *v, const ColourLines &in, int width,
-                 const Rows &rows) {
+void studio_line(uint8_t *y, uint8_t *u, uint8_t *v, ColourLines in, int width, const Rows &rows) {
   for (int x = 0; x < width; x += Vec::bytes) {
-    const PixelGroup pixels(in, x, rows.m.span_limit);
+    const PixelGroup pixels(in, x, rows.span_limit);
     Vec::store(y + x, to_studio_luma(clamped_row(rows, 0, pixels)));
     if constexpr (sites == ChromaSites::even_columns) {
       const auto chroma = to_studio_chroma(Vec::pack_s8(
@@ -159,9 +167,9 @@ void studio_line(uint8_t *y, uint8_t *u, uint8_t *v, const ColourLines &in, int 
 
 // Luma in the full range and signed chroma of every pixel, for RGB output with enhancement.
 template <class Rows>
-void full_range_line(uint8_t *const out[3], const ColourLines &in, int width, const Rows &rows) {
+void full_range_line(uint8_t *const out[3], ColourLines in, int width, const Rows &rows) {
   for (int x = 0; x < width; x += Vec::bytes) {
-    const PixelGroup pixels(in, x, rows.m.span_limit);
+    const PixelGroup pixels(in, x, rows.span_limit);
     Vec::store(out[0] + x, clamped_row(rows, 0, pixels));
     Vec::store(out[1] + x, chroma_row(rows, 1, pixels));
     Vec::store(out[2] + x, chroma_row(rows, 2, pixels));
@@ -170,9 +178,9 @@ void full_range_line(uint8_t *const out[3], const ColourLines &in, int width, co
 
 // R, G and B. All three rows round alike.
 template <class Rows>
-void rgb_line(uint8_t *const out[3], const ColourLines &in, int width, const Rows &rows) {
+void rgb_line(uint8_t *const out[3], ColourLines in, int width, const Rows &rows) {
   for (int x = 0; x < width; x += Vec::bytes) {
-    const PixelGroup pixels(in, x, rows.m.span_limit);
+    const PixelGroup pixels(in, x, rows.span_limit);
     Vec::store(out[0] + x, clamped_row(rows, 0, pixels));
     Vec::store(out[1] + x, clamped_row(rows, 1, pixels));
     Vec::store(out[2] + x, clamped_row(rows, 2, pixels));
