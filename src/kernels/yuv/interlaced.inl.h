@@ -117,7 +117,11 @@ struct PlanarLine {
 class FieldOutput {
  public:
   FieldOutput(PplContext &ctx, uint8_t *dst, Format format, LineMemory &memory)
-      : ctx_(ctx), dst_(dst), format_(format), width_(ctx.out_width & ~1) {
+      : ctx_(ctx),
+        dst_(dst),
+        format_(format),
+        // An odd last pixel is left, and what it would become in twice the width.
+        width_(ctx.decimation < 0 ? 2 * (ctx.frame_width & ~1) : ctx.out_width & ~1) {
     const bool has_lines = is_packed() || ctx.out_height > scaled_height();
     top_ = has_lines ? ctx.decimation_top_black_lines : 0;
     if (format == format_rgb24) {
