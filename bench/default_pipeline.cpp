@@ -55,6 +55,9 @@ void add_default_pipeline(Suite &suite, Studio &studio) {
       "vectorises, -O3 for SSE2; plain-words: the same, four look-ups joined before they are\n"
       "stored; ...-avx2: built with -mavx2. memcpy: a copy of the raw frame.";
   section.references = {"plain", "plain-words", "memcpy"};
+  section.highlights = {{"SSE2", "plain"},      {"SSE2", "plain-words"},
+                        {"SSE2", "plain-avx2"}, {"SSE2", "plain-words-avx2"},
+                        {"P3", "plain"},        {"P3", "plain-words"}};
   for (const Size size : sizes) {
     for (const Format format : {Format::i420, Format::yuyv, Format::rgb24, Format::rgb32}) {
       section.comparisons.push_back(comparison(studio, size, format));

@@ -3,10 +3,12 @@
 #include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <regex>
 #include <string>
+#include <vector>
 
 #include "probe.h"
 #include "report.h"
@@ -18,10 +20,11 @@ namespace {
 using namespace ppl::bench;
 
 struct Options {
-  std::string filter, json;
+  std::vector<std::string> topics;
+  std::string filter, json, markdown;
   int rounds = 100;
   int processor = -1;
-  bool list = false;
+  bool alone = false, list = false;
 };
 
 // Whether every route that ran did the right work.
@@ -48,7 +51,15 @@ int run(const Options &options) {
   add_statistics(suite, studio);
   add_scaling(suite, studio);
   add_monochrome(suite, studio);
-  select(suite, Filter(options.filter));
+  add_chains(suite, studio);
+  add_packed_video(suite);
+  if (!options.topics.empty()) {
+    std::erase_if(suite, [&options](const Section &section) {
+      const auto &topics = options.topics;
+      return std::find(topics.begin(), topics.end(), section.name) == topics.end();
+    });
+  }
+  select(suite, Filter(options.filter), options.alone ? Company::none : Company::references);
   if (suite.empty()) {
     fmt::print(stderr, "nothing is called like that; --list shows what there is\n");
     return 1;
@@ -70,21 +81,32 @@ int run(const Options &options) {
     fmt::print(stderr, "cannot write {}\n", options.json);
     return 1;
   }
+  if (!options.markdown.empty() && !write_markdown(options.markdown, suite, description)) {
+    fmt::print(stderr, "{} is not there, has no heading \"Figures\" or cannot be written\n",
+               options.markdown);
+    return 1;
+  }
   return right ? 0 : 1;
 }
 
 int parse_and_run(int argc, char **argv) {
   Options options;
   CLI::App app("Measures how fast the library is.", "ppl_bench");
+  app.add_option("--topic", options.topics, "only these: the first parts of the names, with commas")
+      ->delimiter(',');
   app.add_option("--filter,--benchmark_filter", options.filter,
                  "only names in which this regular expression is found, and what they are divided "
                  "by; with a '-' in front, only those in which it is not");
+  app.add_flag("--alone", options.alone,
+               "without what they are divided by: shorter, and no ratios");
   app.add_flag("--list,--benchmark_list_tests", options.list,
                "print the names and measure nothing");
   app.add_option("--rounds", options.rounds, "quiet repetitions of each route")
       ->check(CLI::Range(1, 100000))
       ->capture_default_str();
   app.add_option("--json", options.json, "also write Google Benchmark's JSON to this file");
+  app.add_option("--markdown", options.markdown,
+                 "also put tables under the heading \"Figures\" of this file");
   app.add_option("--core", options.processor, "run on this processor; the last one if not given");
   CLI11_PARSE(app, argc, argv);
   return run(options);

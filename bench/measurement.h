@@ -9,7 +9,7 @@ namespace ppl::bench {
 struct Timing {
   double time;
   double probe;
-  bool interrupted;  // the thread lost its core meanwhile
+  bool interrupted;  // the thread lost its core meanwhile: time is without that
 };
 
 struct Summary {

@@ -10,6 +10,7 @@ void add_monochrome(Suite &suite, Studio &studio) {
   section.explanation =
       "Beside quality 3 of the same tier. deci_2_1 is quality 13 at half size both ways.";
   section.references = {"quality3", "memcpy"};
+  section.highlights = {{"quality13", "quality3"}, {"deci_2_1", "quality3"}};
   for (const Size size : sizes) {
     for (const Format format : {Format::i420, Format::rgb24}) {  // the formats it exists in
       for (const Tier tier : tiers) {

@@ -1,62 +1,10 @@
-// The loops of plain_loop.h. Each source that includes this defines PLAIN_BUILD, the namespace of
-// its flags. Nothing from the standard library's templates: an inline function compiled with newer
-// instructions could be merged into the rest of the program.
-#include <cstddef>
-#include <cstdint>
+// Quality 3: the loops of plain_loop.h.
+#pragma once
 
-#include "plain_loop.h"
-
-#define RESTRICT __restrict__
-
-// gcc turns the look-ups into vectors that it gathers byte by byte, at two thirds more time.
-#if defined(__clang__)
-#define KEPT_SCALAR
-#define SCALAR_LOOP _Pragma("clang loop vectorize(disable)")
-#else
-#define KEPT_SCALAR __attribute__((noinline, optimize("no-tree-vectorize")))
-#define SCALAR_LOOP
-#endif
+#include "plain_arithmetic.inl.h"
 
 namespace ppl::bench::PLAIN_BUILD {
 namespace {
-
-constexpr int longest_line = 1280;
-
-int16_t word(int value) { return static_cast<int16_t>(value); }  // wraps
-
-int16_t clamp(int16_t value, int16_t low, int16_t high) {
-  return value < low ? low : value > high ? high : value;
-}
-
-// Both take a line through the tables of its even and odd columns, in place.
-struct ByBytes {
-  KEPT_SCALAR static void look_up(uint8_t *RESTRICT line, int width, const uint8_t *RESTRICT even,
-                                  const uint8_t *RESTRICT odd) {
-    SCALAR_LOOP
-    for (int x = 0; x < width; x += 2) {
-      line[x] = even[line[x]];
-      line[x + 1] = odd[line[x + 1]];
-    }
-  }
-};
-
-struct ByWords {
-  static void look_up(uint8_t *RESTRICT line, int width, const uint8_t *RESTRICT even,
-                      const uint8_t *RESTRICT odd) {
-    int x = 0;
-    for (; x + 4 <= width; x += 4) {
-      const uint32_t joined = static_cast<uint32_t>(even[line[x]]) |
-                              static_cast<uint32_t>(odd[line[x + 1]]) << 8 |
-                              static_cast<uint32_t>(even[line[x + 2]]) << 16 |
-                              static_cast<uint32_t>(odd[line[x + 3]]) << 24;
-      __builtin_memcpy(line + x, &joined, sizeof joined);
-    }
-    for (; x < width; x += 2) {
-      line[x] = even[line[x]];
-      line[x + 1] = odd[line[x + 1]];
-    }
-  }
-};
 
 // A cell's samples, and what red and blue give to a row of a matrix. All sums wrap in 16 bits.
 struct Cell {
@@ -77,15 +25,6 @@ struct Cell {
 int16_t with_green(int16_t rest, const PlainMatrixRow &row, int16_t green) {
   return word(word(rest + row.g * green) >> 6);
 }
-
-uint8_t to_byte(int16_t value) { return static_cast<uint8_t>(clamp(value, 0, 255)); }
-
-uint8_t to_luma(int16_t value) {
-  const int16_t y = word(clamp(value, 0, 255) + 16);
-  return static_cast<uint8_t>(y > 235 ? 235 : y);
-}
-
-uint8_t to_chroma(int16_t value) { return static_cast<uint8_t>(clamp(value, -112, 112) + 128); }
 
 uint8_t chroma_of(const Cell &cell, const PlainMatrixRow &row) {
   return to_chroma(with_green(cell.without_green(row), row, cell.Ga));
@@ -218,7 +157,5 @@ template <class LookUp>
 constexpr PlainLoops loops = {to_i420<LookUp>, to_yuyv<LookUp>, to_rgb24<LookUp>, to_rgb32<LookUp>};
 
 }  // namespace
-
-extern const PlainBuild plain_build = {loops<ByBytes>, loops<ByWords>};
 
 }  // namespace ppl::bench::PLAIN_BUILD

@@ -2,6 +2,7 @@
 
 #include <sched.h>
 #include <sys/resource.h>
+#include <time.h>
 
 #include <chrono>
 #include <cstdint>
@@ -46,6 +47,12 @@ long interruptions() {
 double now() {
   using std::chrono::steady_clock;
   return std::chrono::duration<double, std::nano>(steady_clock::now().time_since_epoch()).count();
+}
+
+double thread_cpu_time() {
+  timespec time = {};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return 1e9 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec);
 }
 
 std::string processor_name() {

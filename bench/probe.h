@@ -16,7 +16,8 @@ double probe();
 // How often the calling thread has lost its processor to another one.
 long interruptions();
 
-double now();  // nanoseconds
+double now();              // nanoseconds
+double thread_cpu_time();  // nanoseconds that the calling thread has had a processor
 
 std::string processor_name();
 

@@ -38,33 +38,24 @@ void print_section(const Section &section) {
         fmt::print("{}\n", summary.noisy ? "  (noisy)" : "");
       }
     }
+    for (const StageCost &stage : section.stage_costs) {
+      const double time = cost(comparison, stage);
+      if (time == 0) continue;
+      fmt::print("  {:{}} {:9.3f}   {} - {}\n", stage.stage, name_width - 2, time,
+                 stage.with_and_without.route, stage.with_and_without.other);
+    }
   }
 }
 
 void print_targets(const Suite &suite) {
-  bool has_title = false;
-  for (const Section &section : suite) {
-    for (const Target &target : section.targets) {
-      const auto &all = section.comparisons;
-      const auto comparison = std::find_if(
-          all.begin(), all.end(), [&target](const auto &c) { return c.name == target.comparison; });
-      if (comparison == all.end()) continue;
-      const Route *const route = comparison->find(target.route);
-      if (route == nullptr) continue;
-      if (!has_title) {
-        fmt::print("\nTargets\n\n{:{}} {:>9} {:>9} {:>9}\n", "", 2 * name_width, "ratio", "at most",
-                   "reach");
-        has_title = true;
-      }
-      const double r = ratio(*comparison, *route, target.reference);
-      fmt::print("{:{}} {:>9} {:9.2f} {:9.2f}  {}\n",
-                 full_name(section, *comparison, *route) + " / " + target.reference, 2 * name_width,
-                 r > 0 ? fmt::format("{:.3f}", r) : "-", target.limit, target.reach,
-                 r == 0              ? "not measured"
-                 : r <= target.reach ? "reached"
-                 : r <= target.limit ? "met"
-                                     : "missed");
-    }
+  const std::vector<TargetResult> results = target_results(suite);
+  if (results.empty()) return;
+  fmt::print("\nTargets\n\n{:{}} {:>9} {:>9} {:>9}\n", "", 2 * name_width, "ratio", "at most",
+             "reach");
+  for (const TargetResult &result : results) {
+    fmt::print("{:{}} {:>9} {:9.2f} {:9.2f}  {}\n", result.name, 2 * name_width,
+               result.ratio > 0 ? fmt::format("{:.3f}", result.ratio) : "-", result.target.limit,
+               result.target.reach, result.verdict);
   }
 }
 

@@ -3,6 +3,9 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <numeric>
 #include <random>
 #include <regex>
 #include <vector>
@@ -37,6 +40,19 @@ std::string difference(const char *what, std::span<const uint8_t> found,
   return fmt::format("{} byte {} is {} instead of {}", what, f - found.begin(), *f, *e);
 }
 
+// Why `found` is not what `expected` is, in words; nothing if it is.
+std::string deviation(const Route &route, const Result &found, const Comparison &expected) {
+  if (route.tolerance > 0) {
+    const double sum = std::transform_reduce(found.output.begin(), found.output.end(),
+                                             expected.output.begin(), 0.0, std::plus(),
+                                             [](uint8_t f, uint8_t e) { return std::abs(f - e); });
+    const double mean = sum / static_cast<double>(found.output.size());
+    return mean <= route.tolerance ? "" : fmt::format("output is {:.2f} off on an average", mean);
+  }
+  const std::string wrong = difference("output", found.output, expected.output);
+  return !wrong.empty() ? wrong : difference("raw frame", found.frame, expected.frame);
+}
+
 }  // namespace
 
 Filter::Filter(const std::string &expression)
@@ -48,16 +64,16 @@ bool Filter::takes(const std::string &name) const {
   return std::regex_search(name, std::regex(expression_)) != excludes_;
 }
 
-void select(Suite &suite, const Filter &filter) {
+void select(Suite &suite, const Filter &filter, Company company) {
   for (Section &section : suite) {
     for (Comparison &comparison : section.comparisons) {
       std::vector<std::string> kept;
       for (const Route &route : comparison.routes) {
         if (!filter.takes(full_name(section, comparison, route))) continue;
         kept.push_back(route.name);
-        if (!route.same_as.empty()) kept.push_back(route.same_as);
+        if (company == Company::references && !route.same_as.empty()) kept.push_back(route.same_as);
       }
-      if (!kept.empty()) {
+      if (company == Company::references && !kept.empty()) {
         kept.insert(kept.end(), section.references.begin(), section.references.end());
       }
       std::erase_if(comparison.routes, [&kept](const Route &route) {
@@ -93,8 +109,7 @@ void Runner::check(Comparison &comparison) {
     const Result found = {{comparison.output.begin(), comparison.output.end()},
                           {comparison.frame.begin(), comparison.frame.end()}};
     run_once(comparison, *model);
-    route.wrong = difference("output", found.output, comparison.output);
-    if (route.wrong.empty()) route.wrong = difference("raw frame", found.frame, comparison.frame);
+    route.wrong = deviation(route, found, comparison);
     if (!route.wrong.empty()) route.wrong += " in " + model->name;
   }
 }
@@ -104,11 +119,14 @@ Timing Runner::time(const Route &route) {
   route.prepare();
   const long interruptions_before = interruptions();
   const double probe_before = watched_probe();
+  const double cpu_start = thread_cpu_time();
   const double start = now();
   route.run();
-  timing.time = now() - start;
+  const double elapsed = now() - start;
+  const double cpu_time = thread_cpu_time() - cpu_start;
   timing.probe = std::max(probe_before, watched_probe());
   timing.interrupted = interruptions() != interruptions_before;
+  timing.time = timing.interrupted ? cpu_time : elapsed;
   return timing;
 }
 

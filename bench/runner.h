@@ -19,8 +19,13 @@ class Filter {
   bool excludes_;
 };
 
-// Leaves of the suite what the filter takes, and what this is divided by or compared with.
-void select(Suite &suite, const Filter &filter);
+enum class Company {
+  references,  // and what the routes are divided by or compared with
+  none,        // the routes alone: their times, and no ratios
+};
+
+// Leaves of the suite what the filter takes.
+void select(Suite &suite, const Filter &filter, Company company = Company::references);
 
 class Runner {
  public:

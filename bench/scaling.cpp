@@ -10,6 +10,7 @@ void add_scaling(Suite &suite, Studio &studio) {
   section.explanation =
       "deci_2_1 halves both ways, intp_1_2 doubles both ways. Pixels are those of the raw frame.";
   section.references = {"unscaled", "memcpy"};
+  section.highlights = {{"deci_2_1", "unscaled"}, {"intp_1_2", "unscaled"}};
   for (const Size size : sizes) {
     for (const Format format :
          {Format::i420, Format::yuyv, Format::uyvy, Format::rgb24, Format::rgb32}) {

@@ -9,6 +9,7 @@ void add_statistics(Suite &suite, Studio &studio) {
   section.title = "Quality 3, statistics on and off";
   section.explanation = "The same frame with mean_collection 1 and 0.";
   section.references = {"off", "memcpy"};
+  section.highlights = {{"on", "off"}};
   for (const Size size : sizes) {
     for (const Format format :
          {Format::i420, Format::yuyv, Format::uyvy, Format::rgb24, Format::rgb32}) {

@@ -84,12 +84,18 @@ void paint_scene(uint8_t *samples, Size size) {
   }
 }
 
+// One coefficient in Q16: a row in Q8 times a column of the sensor matrix in 8.8.
+int32_t product_of(const int (&row)[3], const int32_t *sensor, int column) {
+  int32_t sum = 0;
+  for (int n = 0; n < 3; ++n) sum += row[n] * sensor[3 * n + column];
+  return sum;
+}
+
 // A row of the matrix in Q6, from Q8 coefficients times the sensor matrix in 8.8.
 PlainMatrixRow row_of(const int (&coefficients)[3], const int32_t *sensor, bool is_rgb) {
   int32_t column[3];
   for (int j = 0; j < 3; ++j) {
-    int32_t sum = 0;  // Q16
-    for (int n = 0; n < 3; ++n) sum += coefficients[n] * sensor[3 * n + j];
+    const int32_t sum = product_of(coefficients, sensor, j);
     column[j] = is_rgb ? (((sum + 128) >> 8) + 2) >> 2 : (sum + 512) >> 10;
   }
   return {static_cast<int16_t>(column[0]), static_cast<int16_t>(column[1]),
@@ -102,6 +108,12 @@ std::string no_statistics(const PplContext *context) {
 }
 
 }  // namespace
+
+ContextPointer new_context() {
+  ContextPointer context(ppl_init());
+  if (!context) throw std::runtime_error("no context");
+  return context;
+}
 
 std::string to_string(Size size) { return fmt::format("{}x{}", size.width, size.height); }
 
@@ -123,23 +135,19 @@ std::string to_string(Format format) {
   throw std::logic_error("no such format");
 }
 
-Studio::Buffer::Buffer(size_t size, size_t offset) : memory_(size + offset + 64) {
-  const auto address = reinterpret_cast<uintptr_t>(memory_.data());
-  start_ = memory_.data() + (64 - address % 64) % 64 + offset;
-}
-
 // Lines of the frame and of the output must not stand a multiple of 4 KB apart: some processors
 // take such a load for one that waits for the store.
 Studio::Studio()
-    : context_(ppl_init()),
+    : context_(new_context()),
+      context_of_flat_cells_(new_context()),
       scene_(largest_frame, 0),
       frame_(largest_frame, 704),
       output_(largest_output, 2112) {
-  if (!context_) throw std::runtime_error("no context");
-  PplContext *const context = context_.get();
-  ppl_set_optical_black_b_gb_gr_r(context, 8, 9, 10, 11);
-  ppl_set_rgb_gain(context, 320, 280, 360);
-  ppl_set_rgb_delta(context, 2, 0, -1);
+  for (PplContext *context : {context_.get(), context_of_flat_cells_.get()}) {
+    ppl_set_optical_black_b_gb_gr_r(context, 8, 9, 10, 11);
+    ppl_set_rgb_gain(context, 320, 280, 360);
+    ppl_set_rgb_delta(context, 2, 0, -1);
+  }
   compose_tables();
 }
 
@@ -172,6 +180,22 @@ void Studio::compose_tables() {
     tables_.yuv[i] = row_of(yuv[i], sensor + 9, false);
     tables_.rgb[i] = row_of(rgb[i], sensor + 9, true);
   }
+
+  PlainChain &chain = tables_.chain;
+  const int bound = std::max(ppl_sensor_matrix_index_upper_bound(context), 1);
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      const int32_t grey = product_of(yuv[i], sensor, j),
+                    strong = product_of(yuv[i], sensor + 9, j);
+      chain.base[i][j] = static_cast<int16_t>((grey + 512) >> 10);
+      chain.slope[i][j] = static_cast<int16_t>(((strong - grey) / bound + 2) >> 2);
+    }
+  }
+  chain.index_bound = static_cast<int16_t>(bound);
+  chain.green_threshold = static_cast<int16_t>(ppl_CFA_T1_threshold(context));
+  chain.edge_low = static_cast<int16_t>(ppl_edge_threshold(context));
+  chain.edge_high = static_cast<int16_t>(ppl_edge_threshold2(context));
+  chain.edge_factor = static_cast<int16_t>(ppl_nf88_edge_enhance_factor(context) >> 2);
 }
 
 std::span<uint8_t> Studio::frame(Size size) { return {frame_.start(), frame_bytes(size)}; }
@@ -192,10 +216,16 @@ void Studio::restore(Size size) {
   std::memcpy(frame_.start(), scene_.start(), frame_bytes(size));
 }
 
+PplContext *Studio::context_for(const Setting &setting) const {
+  const bool leaves_flat_cells = setting.quality == 10 || setting.quality == 11;
+  return (leaves_flat_cells ? context_of_flat_cells_ : context_).get();
+}
+
 void Studio::apply(Size size, const Setting &setting) {
-  PplContext *const context = context_.get();
+  PplContext *const context = context_for(setting);
   ppl_set_P3_only(context, setting.tier == Tier::p3);
   ppl_set_quality(context, setting.quality);
+  (setting.repairs ? ppl_enable_medium_filter : ppl_disable_medium_filter)(context);
   ppl_set_mean_collection(context, setting.statistics);
   ppl_set_decimation(context, setting.decimation, 0, 0);
   const auto width = unsigned_of(size.width);
@@ -206,7 +236,7 @@ void Studio::apply(Size size, const Setting &setting) {
 }
 
 Route Studio::library_route(std::string name, Size size, const Setting &setting) {
-  PplContext *const context = context_.get();
+  PplContext *const context = context_for(setting);
   const Entry entry = entries_of(setting.format).for_decimation(setting.decimation);
   uint8_t *const src = frame_.start();
   uint8_t *const dst = output_.start();
@@ -227,6 +257,15 @@ Route Studio::plain_route(std::string name, Size size, PlainLoop loop) {
   route.run = [this, size, loop] {
     loop(tables_, frame_.start(), output_.start(), size.width, size.height);
   };
+  return route;
+}
+
+Route Studio::opencv_route(std::string name, Size size, const OpenCvStages &stages) {
+  Route route;
+  route.name = std::move(name);
+  route.prepare = [this, size] { restore(size); };
+  route.run = bench::opencv_route(stages, tables_, frame_.start(), output_.start(), size.width,
+                                  size.height);
   return route;
 }
 

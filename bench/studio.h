@@ -6,8 +6,9 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <vector>
 
+#include "buffer.h"
+#include "opencv_route.h"
 #include "plain_loop.h"
 #include "ppl.h"
 #include "suite.h"
@@ -36,9 +37,17 @@ struct Setting {
   Tier tier = Tier::sse2;
   Format format = Format::i420;
   uint32_t quality = 3;
+  bool repairs = false;  // the medium filter
   int decimation = 0;
   bool statistics = false;
 };
+
+struct FreeContext {
+  void operator()(PplContext *context) const { ppl_free(context); }
+};
+using ContextPointer = std::unique_ptr<PplContext, FreeContext>;
+
+ContextPointer new_context();
 
 class Studio {
  public:
@@ -55,28 +64,19 @@ class Studio {
   Route library_route(std::string name, Size size, const Setting &setting);
   // The same work by a plain loop. It has no statistics.
   Route plain_route(std::string name, Size size, PlainLoop loop);
+  // Something like it by OpenCV, to I420.
+  Route opencv_route(std::string name, Size size, const OpenCvStages &stages);
   // A copy of the frame's bytes: what reading and writing alone costs.
   Route copy_route(Size size);
 
  private:
+  PplContext *context_for(const Setting &setting) const;
   void apply(Size size, const Setting &setting);
   void compose_tables();
 
-  struct Free {
-    void operator()(PplContext *context) const { ppl_free(context); }
-  };
-  // Memory that starts on a cache line, `offset` bytes further.
-  class Buffer {
-   public:
-    Buffer(size_t size, size_t offset);
-    uint8_t *start() { return start_; }
-
-   private:
-    std::vector<uint8_t> memory_;
-    uint8_t *start_;
-  };
-
-  std::unique_ptr<PplContext, Free> context_;
+  // Qualities 10 and 11 leave flat cells behind, which 0 and 1 would then spread over the picture:
+  // they have a context of their own.
+  ContextPointer context_, context_of_flat_cells_;
   PlainTables tables_;
   Buffer scene_, frame_, output_;
   Size scene_size_ = {0, 0};

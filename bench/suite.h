@@ -22,6 +22,8 @@ struct Route {
 
   // The route whose output and consumed raw frame this one must repeat to the byte. Empty: none.
   std::string same_as = {};
+  // Above 0: it need not, but its output's bytes may differ by so much on an average.
+  double tolerance = 0;
   // After the first run: why the route does not do its work, or nothing.
   std::function<std::string()> objection = {};
 
@@ -51,6 +53,17 @@ struct Target {
   double limit, reach;
 };
 
+// Two routes whose quotient or difference says something.
+struct RoutePair {
+  std::string route, other;
+};
+
+// What a stage costs: the time of a comparison's route with it less that of the route without it.
+struct StageCost {
+  std::string stage;
+  RoutePair with_and_without;
+};
+
 struct Section {
   std::string name;  // the first part of its routes' names
   std::string title;
@@ -58,6 +71,8 @@ struct Section {
   std::vector<std::string> references;  // routes that all others' times are divided by
   std::vector<Comparison> comparisons;
   std::vector<Target> targets;
+  std::vector<RoutePair> highlights;  // the ratios that a table for readers has
+  std::vector<StageCost> stage_costs;
 };
 
 using Suite = std::vector<Section>;
@@ -68,10 +83,25 @@ std::string full_name(const Section &section, const Comparison &comparison, cons
 // The time of a route over that of a reference; 0 if one of them was not measured.
 double ratio(const Comparison &comparison, const Route &route, const std::string &reference);
 
+// Nanoseconds per pixel between two routes; 0 if one of them was not measured.
+double cost(const Comparison &comparison, const StageCost &stage);
+
+struct TargetResult {
+  Target target;
+  std::string name;  // what is divided by what
+  double ratio;      // 0: not measured
+  std::string verdict;
+};
+
+// Of the targets whose routes are in the suite.
+std::vector<TargetResult> target_results(const Suite &suite);
+
 // One for each topic. The studio must outlive the suite.
 void add_default_pipeline(Suite &suite, Studio &studio);
 void add_statistics(Suite &suite, Studio &studio);
 void add_scaling(Suite &suite, Studio &studio);
 void add_monochrome(Suite &suite, Studio &studio);
+void add_chains(Suite &suite, Studio &studio);
+void add_packed_video(Suite &suite);
 
 }  // namespace ppl::bench
