@@ -27,13 +27,11 @@ static NTSTATUS open_stream(struct stream *stream) {
   stream->context = ppl_init();
   if (stream->context == NULL) return STATUS_INSUFFICIENT_RESOURCES;
 
-  /* All controls are at their defaults now. A setter returns 0 for a value that it does not take.
-   */
+  /* All controls are at their defaults. A setter returns 0 for a value that it does not take. */
   ppl_set_rgb_gain(stream->context, 290, 256, 330); /* 8.8 fixed point: 256 is one */
   ppl_set_gamma(stream->context, 2);
 
-  /* The size may as well come with the first frame; but then that frame is dropped in some formats.
-   */
+  /* The size may come with the first frame as well, which in some formats is then dropped. */
   if (!ppl_new_frame_size(stream->context, WIDTH, HEIGHT, WIDTH)) {
     ppl_free(stream->context);
     return STATUS_INVALID_PARAMETER;

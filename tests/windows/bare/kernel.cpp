@@ -1,5 +1,6 @@
 // All there is of an operating system: loads the driver as the system's loader would, runs it in
 // ring 0 on this very processor, and reports in lines of text.
+#include "frame/processor.h"
 #include "loader/driver_calls.h"
 #include "loader/golden_replay.h"
 #include "loader/kernel_functions.h"
@@ -25,12 +26,12 @@ void print(const char *text) {
   for (; *text != '\0'; ++text) write_port(0xE9, *text);
 }
 
-void print(uint32_t value) {
+void print(uint32_t value, uint32_t base = 10) {
   char digits[11] = {};
   char *first = digits + 10;
   do {
-    *--first = static_cast<char>('0' + value % 10);
-    value /= 10;
+    *--first = "0123456789abcdef"[value % base];
+    value /= base;
   } while (value != 0);
   print(first);
 }
@@ -165,6 +166,10 @@ void place_driver() {
 }
 
 void run_driver() {
+  // The driver does not show its own; this is the same detection, in the kernel.
+  print("flags: ");
+  print(ppl::processor_flags(), 16);
+  print("\n");
   place_driver();
   set_stack_offset(each_in_turn);
   print("loaded\n");

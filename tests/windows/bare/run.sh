@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# run.sh <bochs> <reset code> <kernel> <driver> <processor model> <tier>: runs the driver on the bare machine
-# with that processor and insists on the tier: p3, sse2, none, or fault for a tier that was forced upon
-# a processor without it.
+# run.sh <bochs> <reset code> <kernel> <driver> <processor model> <flags> <tier>: runs the driver on the bare
+# machine with that processor and insists on the processor's flags and the tier: p3, sse2, none, or fault
+# for a tier that was forced upon a processor without it.
 set -euo pipefail
 
-bochs=$1 model=$5 tier=$6
+bochs=$1 model=$5 flags=$6 tier=$7
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
 # 2 MB of ROM up to the last address there is: the driver, then the kernel, then the reset code.
@@ -24,7 +24,7 @@ printf 'c\nq\n' > "$place/debugger"   # Debian's has a debugger, which waits for
 
 # Its exit status says nothing: 1 after a power-off.
 timeout 120 "$bochs" -q -f "$place/machine" -rc "$place/debugger" < /dev/null > "$place/output" 2>&1 || true
-text=$(grep -aE '^(loaded|tier|golden|wrong|failing|finished|failed|exception)' "$place/output" || true)
+text=$(grep -aE '^(flags|loaded|tier|golden|wrong|failing|finished|failed|exception)' "$place/output" || true)
 echo "$text"
 
 refuse() {
@@ -35,6 +35,7 @@ refuse() {
 
 has() { grep -qE "^$1\$" <<< "$text"; }
 
+has "flags: $flags" || refuse "not flags $flags"
 has loaded || refuse "the driver was not loaded"
 if [ "$tier" = fault ]; then
   has 'exception 6 in the driver at [0-9]+' || refuse "the forced tier ran into no undefined instruction"

@@ -27,11 +27,15 @@ class Golden : public testing::Test {
   // Compares all cases of a tier, and what the calls left behind.
   void replay(golden::Tier tier) {
     uint32_t cases = 0;
+    measure_stack(true);
     for (uint32_t i = 0; i < golden::case_count; ++i) {
       if (golden::cases[i].tier != tier) continue;
       ++cases;
       EXPECT_TRUE(is_golden(run(i), i)) << "case " << i << " of tests/golden/golden_cases.h";
     }
+    RecordProperty("stack", static_cast<int>(deepest_stack()));
+    EXPECT_LT(deepest_stack(), most_stack);
+    measure_stack(false);
     EXPECT_GT(cases, 0u);
     EXPECT_EQ(kernel_calls.unclean, 0u);
     EXPECT_EQ(kernel_calls.misaligned + kernel_calls.mismatched, 0u);

@@ -1,6 +1,7 @@
 #include "loader/driver_calls.h"
 
 #include "loader/kernel_functions.h"
+#include "support/x87.h"
 
 extern "C" {
 
@@ -61,10 +62,7 @@ uint32_t driver_call_begins(uint32_t stack) {
 
 void driver_call_ends() {
   using namespace ppl_test;
-  if (clean_before && !floating_point_is_clean()) {
-    ++kernel_calls.unclean;
-    asm volatile("fninit");  // one failure is reported once
-  }
+  if (clean_before && !x87_is_clean()) ++kernel_calls.unclean;
   if (measures) {
     uint32_t untouched = 0;
     while (untouched < stack_words && measured_stack[untouched] == paint) ++untouched;

@@ -1,7 +1,7 @@
 // Every function of ppl.h, led into a loaded image: whoever calls BaylorToI420MMX in a program that
 // links this calls the image's export of that name. On the way the stack is moved to one of the
 // four offsets that a caller on Windows may have it at, and back. A call after which an x87 or MMX
-// register is in use counts in kernel_calls.unclean.
+// register is in use, or x87 arithmetic goes wrong, counts in kernel_calls.unclean.
 #pragma once
 
 #include <stdint.h>
@@ -25,5 +25,7 @@ void set_stack_offset(uint32_t offset);
 // the two kernel functions included.
 void measure_stack(bool on);
 uint32_t deepest_stack();
+// What a call may use of the 12 KB that a kernel thread has for everybody on the way to it.
+inline constexpr uint32_t most_stack = 4096;
 
 }  // namespace ppl_test
