@@ -36,7 +36,8 @@ struct Slot {
   }
 
  private:
-  // Kind 1: random; 2: near the identity; 3: matrices of ordinary size; 4: of any size.
+  // Kind 1: random; 2: near the identity; 3: matrices of ordinary size; 4: of any size; 5: so large
+  // that coefficients leave 16 bits on the way.
   template <class Element>
   void fill(int kind, uint64_t seed) {
     ppl_test::Random random(seed);
@@ -47,6 +48,7 @@ struct Slot {
       for (size_t i = 0; i < 18; ++i) {
         const int32_t value = kind == 3   ? random.between(-600, 600)
                               : kind == 4 ? random.wild()
+                              : kind == 5 ? random.between(-3000, 3000)
                                           : (i % 4 == (i >= 9) ? 256 : 0) + random.between(-60, 60);
         memcpy(&bytes[i * sizeof(Element)], &value, sizeof(value));
       }

@@ -8,6 +8,7 @@
 
 #include "compare/raw_frames.h"
 #include "compare/snapshot.h"
+#include "compare/video_frames.h"
 #include "support/processor.h"
 
 namespace ppl_compare {
@@ -110,7 +111,9 @@ Generator::Size choose_size(const Options &options, ppl_test::Random &random, Pr
 uint32_t weight(const Options &options, const Generator &generator, const Operation &operation) {
   const std::string_view name = operation.name;
   const auto has = [&](std::string_view part) { return name.find(part) != name.npos; };
-  const bool is_frame = operation.generate == &generate_raw_frame;
+  const bool is_raw = operation.generate == &generate_raw_frame;
+  const bool is_video = operation.generate == &generate_video_frame;
+  const bool is_frame = is_raw || is_video;
   if (is_frame) {
     if (generator.processor == Processor::none && has("ppl_process_")) return 0;
     if (!options.format.empty()) {
@@ -125,11 +128,14 @@ uint32_t weight(const Options &options, const Generator &generator, const Operat
     };
     const bool driver = has("ppl_process_");
     const int32_t d = has("_deci_2_1") ? 1 : has("_intp_1_2") ? -1 : 0;
-    if (!driver && !has("_intp_1_4") && !allowed(d)) return 0;
+    if (is_raw && !driver && !has("_intp_1_4") && !allowed(d)) return 0;
   }
   if (name == "ppl_set_P3_only" && !options.tier.empty()) return 0;
   if (!options.operation.empty() && !is_frame && !has(options.operation)) return 0;
-  return generator.has_frames ? operation.frame_weight : operation.control_weight;
+  if (!generator.has_frames) return operation.control_weight;
+  if (options.packed_video && is_raw) return operation.frame_weight / 6;
+  if (options.packed_video && is_video) return 20;
+  return operation.frame_weight;
 }
 
 }  // namespace
@@ -166,6 +172,7 @@ Case make_case(const Options &options, uint64_t seed, uint64_t number) {
     if (random.one_in(3)) add_named("ppl_set_decimation");
     if (random.one_in(3)) add_named("ppl_set_h_mirror");
     if (random.one_in(3)) add_named("ppl_set_v_mirror");
+    if (options.packed_video && random.one_in(2)) add_named("ppl_set_intl_3T_threshold");
   }
   // A frame often comes twice, since the first of a new size is dropped in three formats.
   const uint32_t count = generator.has_frames ? 8 + random.below(20) : 40 + random.below(60);
@@ -189,6 +196,7 @@ Runner::Runner()
       library_output_(arena_bytes),
       model_source_(arena_bytes),
       model_output_(arena_bytes),
+      third_source_(arena_bytes),
       full_range_(65 * 256),
       studio_range_(65 * 256) {
   ::ppl_get_gamma_tables65x256(nullptr, full_range_.data());
@@ -234,8 +242,15 @@ std::optional<Failure> Runner::run(const Case &one, Totals *totals) {
     failure = Failure{0, what.str()};
   }
 
-  Session session{
-      {}, 0, 0, library_source_, library_output_, model_source_, model_output_, one.processor};
+  Session session{{},
+                  0,
+                  0,
+                  library_source_,
+                  library_output_,
+                  model_source_,
+                  model_output_,
+                  third_source_,
+                  one.processor};
   for (size_t i = 0; i < one.steps.size() && !failure; ++i) {
     const Step &step = one.steps[i];
     running_step = i;
@@ -279,6 +294,7 @@ std::optional<Failure> Runner::run(const Case &one, Totals *totals) {
   if (totals != nullptr) {
     totals->frames += session.frames;
     totals->pictures += session.pictures;
+    totals->free_pictures += session.free_pictures;
   }
   hooks::reset_counts();
   hooks::set_cpuid(nullptr);

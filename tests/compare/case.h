@@ -26,7 +26,7 @@ struct Failure {
 };
 
 struct Totals {
-  uint64_t steps = 0, frames = 0, pictures = 0;
+  uint64_t steps = 0, frames = 0, pictures = 0, free_pictures = 0;
 };
 
 Case make_case(const Options &options, uint64_t seed, uint64_t number);
@@ -40,7 +40,7 @@ class Runner {
   Case shrink(const Case &failing);
 
  private:
-  Arena library_source_, library_output_, model_source_, model_output_;
+  Arena library_source_, library_output_, model_source_, model_output_, third_source_;
   std::vector<uint8_t> full_range_, studio_range_;
 };
 

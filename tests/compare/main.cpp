@@ -41,6 +41,19 @@ bool apply_filter(const std::vector<std::string> &filter, Options &options) {
   return true;
 }
 
+// The command line without what chooses cases: a case runs the same way only with these options.
+std::string options_of_run(int argc, char **argv) {
+  std::string text;
+  for (int i = 1; i < argc; ++i) {
+    const std::string option = argv[i];
+    if (option == "--seed" || option == "--cases" || option == "--first" || option == "--case")
+      ++i;
+    else
+      text += " " + option;
+  }
+  return text;
+}
+
 // A crash in a frame buffer's guard page, say. What it prints needs the heap, which is as good as
 // whole here; the process ends anyway.
 void report_crash(int signal_number) {
@@ -58,6 +71,7 @@ int main(int argc, char **argv) {
       "  compare                        all default cases\n"
       "  compare --seed 7 --cases 20000 another, longer run\n"
       "  compare --seed 7 --case 123 --verbose\n"
+      "  compare --packed-video         mostly packed video\n"
       "  compare --filter format=rgb24,tier=p3,quality=3+13");
   uint64_t seed = 1, cases = 4000, first = 0;
   long single = -1;
@@ -70,6 +84,7 @@ int main(int argc, char **argv) {
   app.add_option("--case", single, "Run this case alone");
   app.add_option("--qualities", options.qualities, "Qualities in play")->delimiter(',');
   app.add_option("--decimations", options.decimations, "Decimations in play")->delimiter(',');
+  app.add_flag("--packed-video", options.packed_video, "Packed video more often than raw frames");
   app.add_option("--filter", filter, "key=value of quality, decimation, format, tier, operation")
       ->delimiter(',');
   app.add_flag("--verbose,-v", verbose, "Print every step");
@@ -124,18 +139,21 @@ int main(int argc, char **argv) {
       printf("smallest failing form, %s%s\n", describe(smallest).c_str(),
              again ? ("  " + again->what).c_str() : "  (does not fail when run again)");
     }
-    printf("run it alone: compare --seed %llu --case %llu\n", static_cast<unsigned long long>(seed),
-           static_cast<unsigned long long>(number));
+    printf("run it alone: compare --seed %llu --case %llu%s\n",
+           static_cast<unsigned long long>(seed), static_cast<unsigned long long>(number),
+           options_of_run(argc, argv).c_str());
     fflush(stdout);
     if (!keep_going) break;
   }
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  printf("%llu cases, %llu steps, %llu frames (%llu with result 1), %llu failures, %.1f s\n",
-         static_cast<unsigned long long>(end - begin),
-         static_cast<unsigned long long>(totals.steps),
-         static_cast<unsigned long long>(totals.frames),
-         static_cast<unsigned long long>(totals.pictures),
-         static_cast<unsigned long long>(failures), seconds);
+  printf(
+      "%llu cases, %llu steps, %llu frames (%llu with result 1, %llu free to be anything), "
+      "%llu failures, %.1f s\n",
+      static_cast<unsigned long long>(end - begin), static_cast<unsigned long long>(totals.steps),
+      static_cast<unsigned long long>(totals.frames),
+      static_cast<unsigned long long>(totals.pictures),
+      static_cast<unsigned long long>(totals.free_pictures),
+      static_cast<unsigned long long>(failures), seconds);
   return failures == 0 ? 0 : 1;
 }

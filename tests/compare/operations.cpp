@@ -7,6 +7,7 @@
 #include "compare/call.h"
 #include "compare/raw_frames.h"
 #include "compare/snapshot.h"
+#include "compare/video_frames.h"
 
 namespace ppl_compare {
 
@@ -150,7 +151,7 @@ void results_or_null(Generator &generator, Step &step) {
 
 void matrices(Generator &generator, Step &step) {
   // Matrices of any size are for the arithmetic of the derived entries.
-  step.arguments[0] = generator.has_frames ? generator.random.pick<int64_t>({2, 2, 3, 3, 4}) : 4;
+  step.arguments[0] = generator.has_frames ? generator.random.pick<int64_t>({2, 2, 3, 3, 4, 5}) : 4;
 }
 
 void index_bound(Generator &generator, Step &step) {
@@ -172,6 +173,8 @@ void frame_size(Generator &generator, Step &step) {
   if (!generator.has_frames && random.one_in(3))
     step.arguments = {random.below(1300), random.below(1040), random.below(1300)};
 }
+
+}  // namespace
 
 void frame_sizes(Generator &generator, Step &step) {
   ppl_test::Random &random = generator.random;
@@ -195,10 +198,12 @@ void frame_sizes(Generator &generator, Step &step) {
   if (random.one_in(4)) step.arguments[3] += random.between(-3, 14);
 }
 
+namespace {
+
 void decimation(Generator &generator, Step &step) {
   ppl_test::Random &random = generator.random;
   step.arguments[0] = generator.decimation();
-  const bool lines = random.one_in(4);
+  const bool lines = random.one_in(generator.options.packed_video ? 2 : 4);
   step.arguments[1] = lines ? random.below(9) : 0;
   step.arguments[2] = lines ? random.below(9) : 0;
   if (!generator.has_frames && random.one_in(3)) {
@@ -298,6 +303,45 @@ PPL_COMPARE_RAW_FORMAT(UYVY, uyvy, uyvy)
 PPL_COMPARE_RAW_FORMAT(RGB24, rgb24, rgb24)
 PPL_COMPARE_RAW_FORMAT(RGB32, rgb32, rgb32)
 
+#define PPL_COMPARE_VIDEO(name, source, format, is_entry)                                          \
+  std::string run_##name(Session &session, const Step &step) {                                     \
+    static constexpr VideoFunction function{VideoSource::source, PixelFormat::format, is_entry,    \
+                                            &call_video<&::name, ::PplContext>,                    \
+                                            &call_video<&ppl_model::name, ppl_model::PplContext>}; \
+    return run_video_frame(session, step, function);                                               \
+  }
+// Entry function and driver of a conversion.
+#define PPL_COMPARE_PACKED(Name, name, source, format) \
+  PPL_COMPARE_VIDEO(Name##MMX, source, format, true)   \
+  PPL_COMPARE_VIDEO(ppl_process_##name, source, format, false)
+#define PPL_COMPARE_FIELDS(Name, format)                   \
+  PPL_COMPARE_VIDEO(Intl##Name##MMX, fields, format, true) \
+  PPL_COMPARE_VIDEO(Intl##Name##MMX_no_motion, fields, format, true)
+#define PPL_COMPARE_FIELDS_DRIVER(name, format) \
+  PPL_COMPARE_VIDEO(ppl_process_intl##name, fields, format, false)
+
+PPL_COMPARE_PACKED(YUYVToI420, yuyvtoi420, packed, i420)
+PPL_COMPARE_PACKED(UYVYToI420, uyvytoi420, packed, i420)
+PPL_COMPARE_PACKED(YUYVToRGB24, yuyvtorgb24, packed, rgb24)
+PPL_COMPARE_PACKED(UYVYToRGB24, uyvytorgb24, packed, rgb24)
+PPL_COMPARE_PACKED(YUYVYYYYToI420, yuyvyyyytoi420, yyyy, i420)
+PPL_COMPARE_PACKED(UYVYYYYYToI420, uyvyyyyytoi420, yyyy, i420)
+PPL_COMPARE_PACKED(RGB24ToRGB32, rgb24torgb32, rgb24, rgb32)
+PPL_COMPARE_FIELDS(YUYVToYUYV, yuyv)
+PPL_COMPARE_FIELDS(UYVYToUYVY, uyvy)
+PPL_COMPARE_FIELDS(UYVYToYUYV, yuyv)
+PPL_COMPARE_FIELDS(YUYVToUYVY, uyvy)
+PPL_COMPARE_FIELDS(YUYVToI420, i420)
+PPL_COMPARE_FIELDS(UYVYToI420, i420)
+PPL_COMPARE_FIELDS(YUYVToRGB24, rgb24)
+PPL_COMPARE_FIELDS(UYVYToRGB24, rgb24)
+PPL_COMPARE_FIELDS_DRIVER(yuyvtoyuyv, yuyv)
+PPL_COMPARE_FIELDS_DRIVER(uyvytouyvy, uyvy)
+PPL_COMPARE_FIELDS_DRIVER(yuyvtoi420, i420)
+PPL_COMPARE_FIELDS_DRIVER(uyvytoi420, i420)
+PPL_COMPARE_FIELDS_DRIVER(yuyvtorgb24, rgb24)
+PPL_COMPARE_FIELDS_DRIVER(uyvytorgb24, rgb24)
+
 // ---- The table
 
 #define PLAIN(name, control_weight, frame_weight, generate) \
@@ -310,6 +354,10 @@ PPL_COMPARE_RAW_FORMAT(RGB32, rgb32, rgb32)
   FRAME(BaylorTo##Name##MMX, 40), FRAME(BaylorTo##Name##MMX_deci_2_1, 20),                    \
       FRAME(BaylorTo##Name##MMX_intp_1_2, 12), FRAME(BaylorTo##Name##MMX_intp_1_2_stride, 6), \
       FRAME(BaylorTo##Name##MMX_intp_1_4_stride, 6), FRAME(ppl_process_blrto##name, 70)
+#define VIDEO(name) \
+  { #name, 0, 2, &generate_video_frame, &run_##name }
+#define PACKED(Name, name) VIDEO(Name##MMX), VIDEO(ppl_process_##name)
+#define FIELDS(Name) VIDEO(Intl##Name##MMX), VIDEO(Intl##Name##MMX_no_motion)
 
 constexpr Operation table_of_operations[] = {
     {"ppl_init", 2, 2, &none, &open_stream},
@@ -430,6 +478,28 @@ constexpr Operation table_of_operations[] = {
     FRAMES_OF(UYVY, uyvy),
     FRAMES_OF(RGB24, rgb24),
     FRAMES_OF(RGB32, rgb32),
+
+    PACKED(YUYVToI420, yuyvtoi420),
+    PACKED(UYVYToI420, uyvytoi420),
+    PACKED(YUYVToRGB24, yuyvtorgb24),
+    PACKED(UYVYToRGB24, uyvytorgb24),
+    PACKED(YUYVYYYYToI420, yuyvyyyytoi420),
+    PACKED(UYVYYYYYToI420, uyvyyyyytoi420),
+    PACKED(RGB24ToRGB32, rgb24torgb32),
+    FIELDS(YUYVToYUYV),
+    FIELDS(UYVYToUYVY),
+    FIELDS(UYVYToYUYV),
+    FIELDS(YUYVToUYVY),
+    FIELDS(YUYVToI420),
+    FIELDS(UYVYToI420),
+    FIELDS(YUYVToRGB24),
+    FIELDS(UYVYToRGB24),
+    VIDEO(ppl_process_intlyuyvtoyuyv),
+    VIDEO(ppl_process_intluyvytouyvy),
+    VIDEO(ppl_process_intlyuyvtoi420),
+    VIDEO(ppl_process_intluyvytoi420),
+    VIDEO(ppl_process_intlyuyvtorgb24),
+    VIDEO(ppl_process_intluyvytorgb24),
 };
 
 }  // namespace

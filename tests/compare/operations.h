@@ -20,9 +20,10 @@ namespace ppl_compare {
 struct Options {
   std::vector<uint32_t> qualities{3, 4, 5, 6, 7, 8, 9, 13};
   std::vector<int32_t> decimations{-1, 0, 1, 2};
-  std::string format;     // only entries and drivers with this in their names; empty: all
-  std::string tier;       // p3 or sse2; empty: both
-  std::string operation;  // only operations with this in their names, beside what a case needs
+  std::string format;         // only entries and drivers with this in their names; empty: all
+  std::string tier;           // p3 or sse2; empty: both
+  std::string operation;      // only operations with this in their names, beside what a case needs
+  bool packed_video = false;  // more packed video than raw frames; otherwise now and then
   bool large_frames = true;
 };
 
@@ -31,7 +32,7 @@ struct Options {
 struct Step {
   size_t operation;
   size_t stream;  // picks among the streams that are open
-  std::array<int64_t, 7> arguments;
+  std::array<int64_t, 9> arguments;
   uint64_t seed;  // of tables and frames
 };
 
@@ -58,9 +59,10 @@ struct Session {
   std::vector<Pair> streams;
   // Mirrors the failing saves that a step asked for, to know how many restores must follow.
   uint32_t good_saves_left = 0, failing_saves_left = 0;
-  Arena &library_source, &library_output, &model_source, &model_output;
+  Arena &library_source, &library_output, &model_source, &model_output, &third_source;
   Processor processor = Processor::sse2;
   uint64_t frames = 0, pictures = 0;  // run in all; of these with a result of 1
+  uint64_t free_pictures = 0;         // that may hold anything, so were not compared
 
   Pair *stream(const Step &step);
 };
@@ -72,6 +74,9 @@ struct Operation {
   // Runs the step on both sides. Empty if they agree, else what differs.
   std::string (*run)(Session &, const Step &);
 };
+
+// Arguments of ppl_new_frame_sizes: mostly a pair of sizes that it takes.
+void frame_sizes(Generator &generator, Step &step);
 
 std::span<const Operation> operations();
 size_t operation_index(const char *name);

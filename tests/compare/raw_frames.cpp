@@ -180,6 +180,7 @@ std::string run_raw_frame(Session &session, const Step &step, const RawFunction 
           : function.model_driver(pair->model, model_source, model_output, width, height, stride);
   ++session.frames;
   session.pictures += expected;
+  session.free_pictures += ppl_model::picture_is_free();
   if (ppl_model::ppl_n_frame(pair->model) != frames_before)
     pair->statistics_are_free = ppl_model::statistics_are_free();
 

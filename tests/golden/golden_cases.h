@@ -20,9 +20,62 @@ enum class Controls : uint8_t {
   colour,         // saturation, hue and contrast
   matrix,         // sensor matrices
   bands,          // narrow statistics bands
+  motion,         // a high threshold of the motion test
   no_collection,  // no statistics
   refused         // values that the controls store and the kernels do not take
 };
+
+// Entry functions of packed video, of one source and of three fields, with their format and the
+// half bytes of a source pixel.
+// clang-format off
+#define PPL_GOLDEN_VIDEO(FUNCTION) \
+  FUNCTION(YUYVToI420MMX, i420, 4) \
+  FUNCTION(UYVYToI420MMX, i420, 4) \
+  FUNCTION(YUYVToRGB24MMX, rgb24, 4) \
+  FUNCTION(UYVYToRGB24MMX, rgb24, 4) \
+  FUNCTION(YUYVYYYYToI420MMX, i420, 3) \
+  FUNCTION(UYVYYYYYToI420MMX, i420, 3) \
+  FUNCTION(RGB24ToRGB32MMX, rgb32, 6)
+#define PPL_GOLDEN_FIELDS(FUNCTION) \
+  FUNCTION(IntlYUYVToYUYVMMX, yuyv, 4) \
+  FUNCTION(IntlYUYVToYUYVMMX_no_motion, yuyv, 4) \
+  FUNCTION(IntlUYVYToUYVYMMX, uyvy, 4) \
+  FUNCTION(IntlUYVYToUYVYMMX_no_motion, uyvy, 4) \
+  FUNCTION(IntlUYVYToYUYVMMX, yuyv, 4) \
+  FUNCTION(IntlUYVYToYUYVMMX_no_motion, yuyv, 4) \
+  FUNCTION(IntlYUYVToUYVYMMX, uyvy, 4) \
+  FUNCTION(IntlYUYVToUYVYMMX_no_motion, uyvy, 4) \
+  FUNCTION(IntlYUYVToI420MMX, i420, 4) \
+  FUNCTION(IntlYUYVToI420MMX_no_motion, i420, 4) \
+  FUNCTION(IntlUYVYToI420MMX, i420, 4) \
+  FUNCTION(IntlUYVYToI420MMX_no_motion, i420, 4) \
+  FUNCTION(IntlYUYVToRGB24MMX, rgb24, 4) \
+  FUNCTION(IntlYUYVToRGB24MMX_no_motion, rgb24, 4) \
+  FUNCTION(IntlUYVYToRGB24MMX, rgb24, 4) \
+  FUNCTION(IntlUYVYToRGB24MMX_no_motion, rgb24, 4)
+// clang-format on
+
+enum class Video : uint8_t {
+  none,  // a raw frame
+#define PPL_GOLDEN_NAME(name, format, half_bytes) name,
+  PPL_GOLDEN_VIDEO(PPL_GOLDEN_NAME) PPL_GOLDEN_FIELDS(PPL_GOLDEN_NAME)
+#undef PPL_GOLDEN_NAME
+};
+
+struct VideoKind {
+  const char *name;
+  Format format;
+  uint8_t half_bytes;  // of a source pixel
+};
+inline constexpr VideoKind video_kinds[] = {
+    {"", Format::i420, 2},
+#define PPL_GOLDEN_KIND(name, format, half_bytes) {#name, Format::format, half_bytes},
+    PPL_GOLDEN_VIDEO(PPL_GOLDEN_KIND) PPL_GOLDEN_FIELDS(PPL_GOLDEN_KIND)
+#undef PPL_GOLDEN_KIND
+};
+constexpr const VideoKind &kind_of(Video video) {
+  return video_kinds[static_cast<uint32_t>(video)];
+}
 
 enum Mirrors : uint8_t { plain = 0, h = 1, v = 2, hv = 3 };
 
@@ -37,7 +90,26 @@ struct Case {
   uint8_t frames = 1;           // the last one counts
   uint16_t stride = 0;          // 0: the width
   uint8_t top = 0, bottom = 0;  // black lines
+  Video video = Video::none;
 };
+
+constexpr Case packed(Video video, uint16_t width, uint16_t height, int8_t decimation, Tier tier,
+                      uint8_t mirrors = plain, uint8_t top = 0, uint8_t bottom = 0,
+                      Controls controls = Controls::defaults) {
+  return {kind_of(video).format,
+          width,
+          height,
+          decimation,
+          tier,
+          mirrors,
+          3,
+          controls,
+          1,
+          0,
+          top,
+          bottom,
+          video};
+}
 
 inline constexpr Case cases[] = {
     // Every format on each tier.
@@ -163,6 +235,42 @@ inline constexpr Case cases[] = {
     // What a frame leaves behind for the next one.
     {Format::i420, 160, 24, 0, Tier::p3, plain, 3, Controls::bands, 3},
     {Format::rgb24, 160, 24, 0, Tier::p3, plain, 3, Controls::defaults, 2},
+// Packed video: every entry function on each tier.
+#define PPL_GOLDEN_BOTH_TIERS(name, format, half_bytes) \
+  packed(Video::name, 160, 22, 0, Tier::p3), packed(Video::name, 160, 22, 0, Tier::sse2),
+    PPL_GOLDEN_VIDEO(PPL_GOLDEN_BOTH_TIERS) PPL_GOLDEN_FIELDS(PPL_GOLDEN_BOTH_TIERS)
+#undef PPL_GOLDEN_BOTH_TIERS
+    // Mirrors, and conversions that know none.
+    packed(Video::YUYVToI420MMX, 160, 22, 0, Tier::p3, h),
+    packed(Video::UYVYToI420MMX, 160, 22, 0, Tier::sse2, v),
+    packed(Video::YUYVToI420MMX, 160, 22, 0, Tier::sse2, hv),
+    packed(Video::YUYVYYYYToI420MMX, 160, 22, 0, Tier::sse2, hv),
+    packed(Video::YUYVToRGB24MMX, 160, 22, 0, Tier::p3, hv),
+    packed(Video::IntlUYVYToI420MMX, 160, 22, 0, Tier::sse2, hv),
+    // Sizes: no multiple of a vector, odd, one that needs no raw frame before it.
+    packed(Video::YUYVToI420MMX, 142, 14, 0, Tier::sse2),
+    packed(Video::UYVYToRGB24MMX, 130, 18, 0, Tier::p3),
+    packed(Video::IntlYUYVToYUYVMMX, 138, 14, 0, Tier::sse2),
+    packed(Video::IntlUYVYToRGB24MMX, 131, 15, 0, Tier::p3),
+    packed(Video::UYVYToI420MMX, 320, 240, 0, Tier::sse2),
+    packed(Video::IntlYUYVToI420MMX, 320, 240, 0, Tier::p3),
+    // Black lines.
+    packed(Video::YUYVToI420MMX, 160, 22, 0, Tier::p3, v, 3, 4),
+    packed(Video::UYVYToRGB24MMX, 160, 22, 0, Tier::sse2, plain, 3, 4),
+    packed(Video::UYVYYYYYToI420MMX, 160, 22, 0, Tier::p3, plain, 3, 4),
+    packed(Video::IntlYUYVToUYVYMMX, 160, 22, 0, Tier::sse2, plain, 3, 4),
+    packed(Video::IntlUYVYToI420MMX_no_motion, 160, 22, 0, Tier::p3, plain, 3, 4),
+    packed(Video::IntlYUYVToRGB24MMX, 160, 22, 0, Tier::sse2, plain, 3, 4),
+    // Another threshold.
+    packed(Video::IntlYUYVToYUYVMMX, 160, 22, 0, Tier::p3, plain, 0, 0, Controls::motion),
+    packed(Video::IntlUYVYToI420MMX, 160, 22, 0, Tier::sse2, plain, 0, 0, Controls::motion),
+    // Scales: most convert nothing there.
+    packed(Video::YUYVToI420MMX, 160, 24, 1, Tier::sse2),
+    packed(Video::YUYVToRGB24MMX, 160, 24, 1, Tier::p3),
+    packed(Video::IntlYUYVToYUYVMMX, 160, 24, 1, Tier::sse2, plain, 1, 2),
+    packed(Video::IntlUYVYToI420MMX_no_motion, 160, 24, 2, Tier::p3),
+    packed(Video::IntlUYVYToRGB24MMX, 128, 22, -1, Tier::sse2),
+    packed(Video::IntlUYVYToRGB24MMX_no_motion, 128, 22, -1, Tier::p3),
 };
 
 inline constexpr uint32_t case_count = sizeof(cases) / sizeof(cases[0]);
@@ -171,15 +279,31 @@ inline constexpr uint32_t case_count = sizeof(cases) / sizeof(cases[0]);
 
 constexpr uint32_t stride_of(const Case &c) { return c.stride != 0 ? c.stride : c.width; }
 
+// Packed video: a source line, and a field, which starts on a boundary of its own.
+constexpr uint32_t line_bytes(const Case &c) { return c.width * kind_of(c.video).half_bytes / 2u; }
+constexpr uint32_t field_bytes(const Case &c) {
+  return (line_bytes(c) * (c.height / 2u) + 15) / 16 * 16;
+}
+constexpr bool has_fields(const Case &c) { return c.video >= Video::IntlYUYVToYUYVMMX; }
+
 constexpr uint32_t source_bytes(const Case &c) {
+  if (has_fields(c)) return 3 * field_bytes(c);
+  if (c.video != Video::none) return line_bytes(c) * c.height;
   return stride_of(c) * c.height + 64;  // copies read whole groups
 }
 
+constexpr uint32_t scaled(uint32_t length, int8_t decimation) {
+  return decimation < 0 ? length * 2 : length >> decimation;
+}
+constexpr uint32_t output_width(const Case &c) { return scaled(c.width, c.decimation); }
+constexpr uint32_t output_height(const Case &c) {
+  return scaled(c.height, c.decimation) + c.top + c.bottom;
+}
+
 constexpr uint32_t output_bytes(const Case &c) {
-  const uint32_t width = c.decimation < 0 ? c.width * 2u : c.width >> c.decimation;
-  const uint32_t height =
-      (c.decimation < 0 ? c.height * 2u : c.height >> c.decimation) + c.top + c.bottom;
-  const uint32_t size = width * height;
+  uint32_t size = output_width(c) * output_height(c);
+  // Progressive video does not scale.
+  if (c.video != Video::none && size < c.width * c.height * 1u) size = c.width * c.height;
   const uint32_t picture = c.format == Format::i420    ? size * 3 / 2
                            : c.format == Format::rgb24 ? size * 3
                            : c.format == Format::rgb32 ? size * 4
@@ -227,6 +351,21 @@ inline void make_frame(const Case &c, uint32_t number, uint8_t *source) {
     }
 }
 
+// The same for packed video, byte by byte, with a bar that moves between the fields. The reference
+// field is two fields older than the second one.
+inline void make_video(const Case &c, uint8_t *source) {
+  Noise noise{0x51ED270Bu + c.width * 31u + c.height};
+  const uint32_t sources = has_fields(c) ? 3 : 1, pitch = line_bytes(c);
+  const uint32_t part = source_bytes(c) / sources;
+  for (uint32_t field = 0; field < sources; ++field)
+    for (uint32_t i = 0; i < part; ++i) {
+      const uint32_t x = i % pitch, y = i / pitch;
+      uint32_t value = (x * 170 / pitch + y * 4 + x % 4 * 20) + (noise.next() >> 29);
+      if ((x + y + field * 24) % 128 < 32) value += 70;
+      source[field * part + i] = static_cast<uint8_t>(value > 255 ? 510 - value : value);
+    }
+}
+
 // ---- Running a case. Api gives the functions of the library, or those of something that must
 // agree with it, under their own names, and the type of their context.
 
@@ -266,6 +405,9 @@ void set_controls(typename Api::Context *ctx, Controls controls) {
       Api::ppl_set_qual_GrmR_min_max(ctx, -8, 14);
       Api::ppl_set_qual_RGB_min_max(ctx, 20, 200, 30, 190, 25, 220);
       Api::ppl_set_qAE_RGB_min_max(ctx, 60, 180);
+      break;
+    case Controls::motion:
+      Api::ppl_set_intl_3T_threshold(ctx, 240);
       break;
     case Controls::no_collection:
       Api::ppl_set_mean_collection(ctx, 0);
@@ -327,10 +469,56 @@ uint64_t sum_of_statistics(const typename Api::Context *ctx) {
   return sum.value();
 }
 
+template <class Api>
+uint8_t run_video(typename Api::Context *ctx, const Case &c, const uint8_t *source,
+                  uint8_t *output) {
+  const uint32_t sizes[] = {c.width, c.height, output_width(c), output_height(c)};
+  const uint8_t *const fields[] = {source, source + field_bytes(c), source + 2 * field_bytes(c)};
+  switch (c.video) {
+    case Video::none:
+      break;
+#define PPL_GOLDEN_CALL(name, format, half_bytes) \
+  case Video::name:                               \
+    return Api::name(ctx, source, output, sizes[0], sizes[1], sizes[2], sizes[3]);
+      PPL_GOLDEN_VIDEO(PPL_GOLDEN_CALL)
+#undef PPL_GOLDEN_CALL
+#define PPL_GOLDEN_CALL(name, format, half_bytes)                                                \
+  case Video::name:                                                                              \
+    return Api::name(ctx, fields[0], fields[1], fields[2], output, sizes[0], sizes[1], sizes[2], \
+                     sizes[3]);
+      PPL_GOLDEN_FIELDS(PPL_GOLDEN_CALL)
+#undef PPL_GOLDEN_CALL
+  }
+  return 0;
+}
+
+template <class Api>
+uint8_t run_raw(typename Api::Context *ctx, const Case &c, uint8_t *source, uint8_t *output) {
+  const uint32_t stride = stride_of(c);
+  switch (c.format) {
+    case Format::i420:
+      return Api::ppl_process_blrtoi420(ctx, source, output, c.width, c.height, stride);
+    case Format::yuyv:
+      return Api::ppl_process_blrtoyuyv(ctx, source, output, c.width, c.height, stride);
+    case Format::uyvy:
+      return Api::ppl_process_blrtouyvy(ctx, source, output, c.width, c.height, stride);
+    case Format::rgb24:
+      return Api::ppl_process_blrtorgb24(ctx, source, output, c.width, c.height, stride);
+    case Format::rgb32:
+      return Api::ppl_process_blrtorgb32(ctx, source, output, c.width, c.height, stride);
+  }
+  return 0;
+}
+
+// The frame of a case that brings none.
+inline void make_source(const Case &c, uint32_t number, uint8_t *source) {
+  c.video == Video::none ? make_frame(c, number, source) : make_video(c, source);
+}
+
 // Runs a case in a context that is fresh from the load of the library. What no frame writes of the
 // output counts as it was: 0x5C.
-template <class Api>
-Checksums run(const Case &c, uint8_t *source, uint8_t *output) {
+template <class Api, class Fill = decltype(&make_source)>
+Checksums run(const Case &c, uint8_t *source, uint8_t *output, Fill fill = &make_source) {
   typename Api::Context *ctx = Api::ppl_init();
   if (ctx == nullptr) return {};
   Api::ppl_set_P3_only(ctx, c.tier == Tier::p3);
@@ -343,26 +531,11 @@ Checksums run(const Case &c, uint8_t *source, uint8_t *output) {
   Api::ppl_set_decimation(ctx, c.decimation, c.top, c.bottom);
   Checksums sums{};
   for (uint32_t frame = 0; frame < c.frames; ++frame) {
-    make_frame(c, frame, source);
+    fill(c, frame, source);
     const uint32_t bytes = output_bytes(c);
     for (uint32_t i = 0; i < bytes; ++i) output[i] = 0x5C;
-    switch (c.format) {
-      case Format::i420:
-        sums.result = Api::ppl_process_blrtoi420(ctx, source, output, c.width, c.height, stride);
-        break;
-      case Format::yuyv:
-        sums.result = Api::ppl_process_blrtoyuyv(ctx, source, output, c.width, c.height, stride);
-        break;
-      case Format::uyvy:
-        sums.result = Api::ppl_process_blrtouyvy(ctx, source, output, c.width, c.height, stride);
-        break;
-      case Format::rgb24:
-        sums.result = Api::ppl_process_blrtorgb24(ctx, source, output, c.width, c.height, stride);
-        break;
-      case Format::rgb32:
-        sums.result = Api::ppl_process_blrtorgb32(ctx, source, output, c.width, c.height, stride);
-        break;
-    }
+    sums.result = c.video == Video::none ? run_raw<Api>(ctx, c, source, output)
+                                         : run_video<Api>(ctx, c, source, output);
   }
   Sum picture, frame;
   picture.add(output, output_bytes(c));
@@ -400,6 +573,7 @@ Checksums run(const Case &c, uint8_t *source, uint8_t *output) {
   FUNCTION(ppl_set_qual_RGB_min_max) \
   FUNCTION(ppl_set_qAE_RGB_min_max) \
   FUNCTION(ppl_set_mean_collection) \
+  FUNCTION(ppl_set_intl_3T_threshold) \
   FUNCTION(ppl_process_blrtoi420) \
   FUNCTION(ppl_process_blrtoyuyv) \
   FUNCTION(ppl_process_blrtouyvy) \
@@ -423,8 +597,10 @@ Checksums run(const Case &c, uint8_t *source, uint8_t *output) {
 
 struct Library {
   using Context = ::PplContext;
-#define PPL_GOLDEN_FUNCTION(name) static constexpr auto name = &::name;
+#define PPL_GOLDEN_FUNCTION(name, ...) static constexpr auto name = &::name;
   PPL_GOLDEN_API(PPL_GOLDEN_FUNCTION)
+  PPL_GOLDEN_VIDEO(PPL_GOLDEN_FUNCTION)
+  PPL_GOLDEN_FIELDS(PPL_GOLDEN_FUNCTION)
 #undef PPL_GOLDEN_FUNCTION
 };
 

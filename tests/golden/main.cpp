@@ -5,63 +5,14 @@
 
 #include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "golden/golden_cases.h"
-#include "model/model.h"
+#include "golden/golden_text.h"
 #include "platform/test_hooks.h"
-#include "support/fingerprint.h"
 #include "support/x87.h"
 
-namespace {
-
-struct Model {
-  using Context = ppl_model::PplContext;
-#define PPL_GOLDEN_FUNCTION(name) static constexpr auto name = &ppl_model::name;
-  PPL_GOLDEN_API(PPL_GOLDEN_FUNCTION)
-#undef PPL_GOLDEN_FUNCTION
-};
-
-std::string describe(const golden::Case &c) {
-  static constexpr const char *formats[] = {"I420", "YUYV", "UYVY", "RGB24", "RGB32"};
-  static constexpr const char *mirrors[] = {"-", "h", "v", "hv"};
-  static constexpr const char *controls[] = {"defaults",   "front-end",     "curves",
-                                             "own-curves", "colour",        "matrix",
-                                             "bands",      "no-collection", "refused"};
-  std::ostringstream out;
-  out << formats[static_cast<size_t>(c.format)] << " " << c.width << "x" << c.height;
-  if (c.stride != 0) out << "/" << c.stride;
-  if (c.top + c.bottom != 0) out << "+" << int{c.top} << "+" << int{c.bottom};
-  out << " quality=" << int{c.quality} << " d=" << int{c.decimation}
-      << (c.tier == golden::Tier::p3 ? " p3 " : " sse2 ") << mirrors[c.mirrors] << " "
-      << controls[static_cast<size_t>(c.controls)];
-  if (c.frames != 1) out << " frames=" << int{c.frames};
-  return out.str();
-}
-
-std::string checksums(const golden::Checksums &sums) {
-  return std::to_string(sums.result) + " " + ppl_test::hexadecimal(sums.output) + " " +
-         ppl_test::hexadecimal(sums.frame) + " " + ppl_test::hexadecimal(sums.statistics);
-}
-
-struct Line {
-  std::string description, sums;
-};
-
-std::vector<Line> read_lines(const std::string &path) {
-  std::vector<Line> lines;
-  std::ifstream file(path);
-  for (std::string text; std::getline(file, text);) {
-    const size_t bar = text.find(" | ");
-    if (text.empty() || text[0] == '#' || bar == text.npos) continue;
-    lines.push_back({text.substr(0, bar), text.substr(bar + 3)});
-  }
-  return lines;
-}
-
-}  // namespace
+using golden::Line;
 
 int main(int argc, char **argv) {
   std::string path;
@@ -88,7 +39,7 @@ int main(int argc, char **argv) {
   }
 
   std::map<std::string, std::string> reviewed;
-  for (const Line &line : read_lines(path)) reviewed[line.description] = line.sums;
+  for (const Line &line : golden::read_lines(path)) reviewed[line.description] = line.sums;
   const bool has_sse2 = (ppl::test_hooks::processor_flags() & (1u << 26)) != 0;
 
   // Static storage is zero and aligned as the widest vectors want it.
@@ -98,22 +49,21 @@ int main(int argc, char **argv) {
   std::vector<Line> lines;
   unsigned failures = 0, skipped = 0;
   for (const golden::Case &c : golden::cases) {
-    const std::string description = describe(c);
+    const std::string description = golden::describe(c);
     if (c.tier == golden::Tier::sse2 && !has_sse2) {
       ++skipped;
       continue;
     }
     ppl::test_hooks::reload_pool();
-    const std::string sums = checksums(golden::run<golden::Library>(c, source, output));
+    const std::string sums = golden::checksums(golden::run<golden::Library>(c, source, output));
     if (!ppl_test::x87_is_clean()) {
       printf("FAILED %s: left MMX state behind\n", description.c_str());
       ++failures;
     }
     if (with_model) {
       ppl_model::machine::reload_pool();
-      const std::string expected = checksums(golden::run<Model>(c, source, output));
-      if (!ppl_model::free_bytes().empty() || ppl_model::picture_is_free() ||
-          ppl_model::source_is_free() || ppl_model::statistics_are_free()) {
+      const std::string expected = golden::checksums(golden::run<golden::Model>(c, source, output));
+      if (!golden::model_is_definite()) {
         printf("FAILED %s: has results that may be anything, so no checksum\n",
                description.c_str());
         ++failures;

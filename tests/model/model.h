@@ -233,6 +233,36 @@ uint8_t ppl_process_blrtorgb24(PplContext *ctx, uint8_t *src, uint8_t *dst, uint
 uint8_t ppl_process_blrtorgb32(PplContext *ctx, uint8_t *src, uint8_t *dst, uint32_t width,
                                uint32_t height, uint32_t stride);
 
+// ---- Packed video: progressive frames, the YYYY packing, RGB24. Entry functions, then drivers
+
+using VideoFunction = uint8_t(PplContext *ctx, const uint8_t *src, uint8_t *dst, uint32_t width,
+                              uint32_t height, uint32_t out_width, uint32_t out_height);
+
+VideoFunction YUYVToI420MMX, UYVYToI420MMX, YUYVToRGB24MMX, UYVYToRGB24MMX;
+VideoFunction YUYVYYYYToI420MMX, UYVYYYYYToI420MMX, RGB24ToRGB32MMX;
+VideoFunction ppl_process_yuyvtoi420, ppl_process_uyvytoi420;
+VideoFunction ppl_process_yuyvtorgb24, ppl_process_uyvytorgb24;
+VideoFunction ppl_process_yuyvyyyytoi420, ppl_process_uyvyyyyytoi420, ppl_process_rgb24torgb32;
+
+// ---- Packed video: interlaced frames. Entry functions, then drivers
+
+using FieldsFunction = uint8_t(PplContext *ctx, const uint8_t *reference_field,
+                               const uint8_t *first_field, const uint8_t *second_field,
+                               uint8_t *out, uint32_t width, uint32_t height, uint32_t out_width,
+                               uint32_t out_height);
+
+FieldsFunction IntlYUYVToYUYVMMX, IntlYUYVToYUYVMMX_no_motion;
+FieldsFunction IntlUYVYToUYVYMMX, IntlUYVYToUYVYMMX_no_motion;
+FieldsFunction IntlUYVYToYUYVMMX, IntlUYVYToYUYVMMX_no_motion;
+FieldsFunction IntlYUYVToUYVYMMX, IntlYUYVToUYVYMMX_no_motion;
+FieldsFunction IntlYUYVToI420MMX, IntlYUYVToI420MMX_no_motion;
+FieldsFunction IntlUYVYToI420MMX, IntlUYVYToI420MMX_no_motion;
+FieldsFunction IntlYUYVToRGB24MMX, IntlYUYVToRGB24MMX_no_motion;
+FieldsFunction IntlUYVYToRGB24MMX, IntlUYVYToRGB24MMX_no_motion;
+FieldsFunction ppl_process_intlyuyvtoyuyv, ppl_process_intluyvytouyvy;
+FieldsFunction ppl_process_intlyuyvtoi420, ppl_process_intluyvytoi420;
+FieldsFunction ppl_process_intlyuyvtorgb24, ppl_process_intluyvytorgb24;
+
 // ---- Sensor and front end
 
 int32_t ppl_sensor_type(const PplContext *ctx);
