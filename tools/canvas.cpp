@@ -43,6 +43,11 @@ int text_width(std::string_view text, int scale) {
 
 int text_height(int scale) { return simulator::kGlyphHeight * scale; }
 
+std::string shortened(const std::string &text, size_t characters) {
+  if (text.size() <= characters) return text;
+  return ".." + text.substr(text.size() - (characters - 2));
+}
+
 Canvas::Canvas(Size size, Colour background) : picture_(size) {
   fill({0, 0, static_cast<int>(size.width), static_cast<int>(size.height)}, background);
 }

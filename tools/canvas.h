@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <string_view>
 
 #include "picture.h"
@@ -31,6 +32,9 @@ struct Rectangle {
 // gap does not count.
 int text_width(std::string_view text, int scale);
 int text_height(int scale);
+
+// The end of a name that is too long for its place.
+std::string shortened(const std::string &text, size_t characters);
 
 class Canvas {
  public:

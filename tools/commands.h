@@ -7,6 +7,7 @@ namespace ppl::tool {
 
 void add_convert(CLI::App &app);
 void add_stats(CLI::App &app);
+void add_compare(CLI::App &app);
 void add_simulate(CLI::App &app);
 void add_controls(CLI::App &app);
 void add_info(CLI::App &app);

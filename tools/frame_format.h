@@ -28,8 +28,12 @@ const char *format_name(Format format);
 
 inline bool is_rgb(Format format) { return format == Format::kRgb24 || format == Format::kRgb32; }
 
-// Bytes of a frame.
+// Bytes of a raw mosaic frame, and of a frame in one of the formats.
+inline size_t raw_bytes(Size size) { return static_cast<size_t>(size.width) * size.height; }
 size_t frame_bytes(Format format, Size size);
+
+// Whether a frame was taken at one time or its even and odd lines at two.
+enum class Scan { kProgressive, kEvenLinesFirst, kOddLinesFirst };
 
 // A finished frame in one of the formats. Two chroma planes lie behind the luma plane in I420, each
 // of a quarter of its size; RGB lines run from bottom to top, with the bytes B, G, R (and 0).
@@ -37,6 +41,7 @@ struct FrameView {
   Format format;
   Size size;
   const uint8_t *data;
+  Scan scan = Scan::kProgressive;
 
   size_t bytes() const { return frame_bytes(format, size); }
 };

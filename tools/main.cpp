@@ -37,6 +37,7 @@ int main(int argc, char **argv) {
       "  ppl simulate -o chart.raw                           a raw frame of a test chart\n"
       "  ppl convert chart.raw --size 640x480 -o chart.png   through the library into a picture\n"
       "  ppl stats chart.raw --size 640x480 -o sheet.png     its statistics as a picture\n"
+      "  ppl compare chart.raw --size 640x480 -o all.png     every quality side by side\n"
       "  ppl controls                                        what can be set\n"
       "\n"
       "ppl turns raw sensor frames into pictures and video.\n",
@@ -46,6 +47,7 @@ int main(int argc, char **argv) {
   ppl::tool::add_demo(app);
   ppl::tool::add_convert(app);
   ppl::tool::add_stats(app);
+  ppl::tool::add_compare(app);
   ppl::tool::add_simulate(app);
   ppl::tool::add_controls(app);
   ppl::tool::add_info(app);

@@ -53,13 +53,14 @@ Picture read_png(const std::string &path) {
   return picture;
 }
 
-Bytes y4m_header(Format format, Size size) {
+Bytes y4m_header(Format format, Size size, Scan scan) {
   if (is_rgb(format))
     throw Failure(
         fmt::format("a .y4m file holds Y, U, V and not {}: use --format i420, yuyv or uyvy",
                     format_name(format)));
-  return to_bytes(fmt::format("YUV4MPEG2 W{} H{} F30:1 Ip A1:1 {} XCOLORRANGE=LIMITED\n",
-                              size.width & ~1u, size.height & ~1u,
+  const char letter = scan == Scan::kProgressive ? 'p' : scan == Scan::kEvenLinesFirst ? 't' : 'b';
+  return to_bytes(fmt::format("YUV4MPEG2 W{} H{} F30:1 I{} A1:1 {} XCOLORRANGE=LIMITED\n",
+                              size.width & ~1u, size.height & ~1u, letter,
                               format == Format::kI420 ? "C420jpeg" : "C422"));
 }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <regex>
 
 #include "failure.h"
 #include "picture_file.h"
@@ -12,20 +11,39 @@
 namespace ppl::tool {
 namespace {
 
-// %d, %3d or %03d; %% is no number.
-const std::regex kNumberPlace("%(0?)([1-9]?)d");
+// Where a name takes a number: %d, %3d or %03d.
+struct NumberPlace {
+  size_t begin, end;
+  size_t width = 0;
+  char fill = ' ';
+};
+
+std::optional<NumberPlace> number_place(const std::string &name) {
+  for (size_t begin = name.find('%'); begin != std::string::npos;
+       begin = name.find('%', begin + 1)) {
+    NumberPlace place{begin, begin + 1};
+    const auto next = [&] { return place.end < name.size() ? name[place.end] : '\0'; };
+    if (next() == '0') {
+      place.fill = '0';
+      ++place.end;
+    }
+    if (next() >= '1' && next() <= '9') place.width = static_cast<size_t>(name[place.end++] - '0');
+    if (next() != 'd') continue;
+    ++place.end;
+    return place;
+  }
+  return std::nullopt;
+}
 
 bool one_picture_only(Container container) {
   return container == Container::kPng || container == Container::kPpm;
 }
 
-std::string numbered_name(const std::string &path, uint64_t number) {
-  std::smatch match;
-  std::regex_search(path, match, kNumberPlace);
+std::string numbered_name(const std::string &name, uint64_t number) {
+  const NumberPlace place = number_place(name).value();
   std::string digits = std::to_string(number);
-  const size_t width = match[2].length() ? static_cast<size_t>(match[2].str()[0] - '0') : 0;
-  if (digits.size() < width) digits.insert(0, width - digits.size(), match[1].length() ? '0' : ' ');
-  return match.prefix().str() + digits + match.suffix().str();
+  if (digits.size() < place.width) digits.insert(0, place.width - digits.size(), place.fill);
+  return name.substr(0, place.begin) + digits + name.substr(place.end);
 }
 
 }  // namespace
@@ -53,7 +71,7 @@ Container parse_container(const std::string &word) {
 FrameOutput::FrameOutput(std::optional<std::string> path, Container container)
     : path_(std::move(path)),
       container_(container),
-      numbered_(path_ && one_picture_only(container) && std::regex_search(*path_, kNumberPlace)) {
+      numbered_(path_ && one_picture_only(container) && number_place(*path_).has_value()) {
   if (!numbered_) start_file();
 }
 
@@ -73,9 +91,8 @@ void FrameOutput::put(const uint8_t *data, size_t size) {
 void FrameOutput::add(const FrameView &frame) {
   if (frames_ > 0 && !takes_several())
     throw Failure(
-        "a PNG or PPM file holds one picture, and there are more frames: use --frames 1, or a name "
-        "with "
-        "their number such as out_%03d.png, or .y4m");
+        "a PNG or PPM file holds one picture, and there are more frames (if not, check --size and "
+        "--from): use --frames 1, or a name with their number such as out_%03d.png, or .y4m");
   if (numbered_) start_file();
   switch (container_) {
     case Container::kRaw:
@@ -88,7 +105,7 @@ void FrameOutput::add(const FrameView &frame) {
       put(encode_ppm(to_picture(frame)));
       break;
     case Container::kY4m:
-      if (frames_ == 0) put(y4m_header(frame.format, frame.size));
+      if (frames_ == 0) put(y4m_header(frame.format, frame.size, frame.scan));
       put(y4m_frame(frame));
       break;
   }

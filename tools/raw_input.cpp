@@ -10,11 +10,11 @@
 
 namespace ppl::tool {
 
-RawInput::RawInput(std::string path, Size size, std::optional<uint64_t> frames)
+RawInput::RawInput(std::string path, Size size, FrameKind kind, std::optional<uint64_t> frames)
     : path_(std::move(path)),
       name_(path_ == "-" ? "standard input" : fmt::format("'{}'", path_)),
       size_(size),
-      frame_bytes_(static_cast<uint64_t>(size.width) * size.height),
+      kind_(kind),
       frames_(frames) {
   if (path_ == "-") {
     file_ = stdin;
@@ -27,17 +27,17 @@ RawInput::RawInput(std::string path, Size size, std::optional<uint64_t> frames)
     throw Failure(fmt::format("cannot read {}: it is a folder; name a file in it", name_));
   if (S_ISREG(status.st_mode)) {
     const auto bytes = static_cast<uint64_t>(status.st_size);
-    const uint64_t whole = bytes / frame_bytes_;
+    const uint64_t whole = bytes / kind_.bytes;
+    if (whole == 0) fail_short(bytes);
     if (!frames_) {
-      if (whole == 0 || bytes % frame_bytes_ != 0) {
+      if (bytes % kind_.bytes != 0) {
         frames_read_ = whole;
-        fail_short(bytes % frame_bytes_);
+        fail_short(bytes % kind_.bytes);
       }
       frames_ = whole;
     } else if (whole < *frames_) {
-      throw Failure(
-          fmt::format("{} holds {} whole frame{} of {}x{}, not {}: lower --frames or check --size",
-                      name_, whole, whole == 1 ? "" : "s", size_.width, size_.height, *frames_));
+      throw Failure(fmt::format("{} holds {} of {}x{}, not {}: lower --frames or {}", name_,
+                                counted(whole), size_.width, size_.height, *frames_, kind_.advice));
     }
   }
   file_ = std::fopen(path_.c_str(), "rb");
@@ -48,18 +48,21 @@ RawInput::~RawInput() {
   if (file_ && file_ != stdin) std::fclose(file_);
 }
 
+std::string RawInput::counted(uint64_t count) const {
+  return fmt::format("{} whole {}{}", count, kind_.noun, count == 1 ? "" : "s");
+}
+
 void RawInput::fail_short(uint64_t rest) const {
   throw Failure(
-      fmt::format("{} is too short: {}x{} needs {} bytes a frame, and after {} whole frame{} there "
-                  "are {} left; check --size",
-                  name_, size_.width, size_.height, frame_bytes_, frames_read_,
-                  frames_read_ == 1 ? "" : "s", rest));
+      fmt::format("{} is too short: {}x{} needs {} bytes a {}, and after {} there are {} left; {}",
+                  name_, size_.width, size_.height, kind_.bytes, kind_.noun, counted(frames_read_),
+                  rest, kind_.advice));
 }
 
 bool RawInput::read(uint8_t *frame) {
   if (frames_ && frames_read_ == *frames_) return false;
-  const size_t count = std::fread(frame, 1, frame_bytes_, file_);
-  if (count == frame_bytes_) {
+  const size_t count = std::fread(frame, 1, kind_.bytes, file_);
+  if (count == kind_.bytes) {
     ++frames_read_;
     return true;
   }

@@ -36,12 +36,6 @@ Colour grade_colour(Verdict::Grade grade) {
   return kRed;
 }
 
-// The end of a name that is too long for its place.
-std::string shortened(const std::string &text, size_t characters) {
-  if (text.size() <= characters) return text;
-  return ".." + text.substr(text.size() - (characters - 2));
-}
-
 std::string percent(double share) {
   return share > 0 && share < 0.0995 ? fmt::format("{:.1f} %", 100 * share)
                                      : fmt::format("{:.0f} %", 100 * share);

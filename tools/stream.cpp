@@ -3,8 +3,6 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <cstring>
-#include <new>
 
 #include "failure.h"
 
@@ -41,9 +39,6 @@ const Functions &functions_of(Format format) {
 
 bool is_grey_copy(uint32_t quality) { return quality == 4 || quality == 9; }
 
-// Room behind both buffers: the grey copies work in whole groups of up to 32 bytes.
-constexpr size_t kSlack = 4096;
-
 }  // namespace
 
 const char *tier_name(Tier tier) {
@@ -75,11 +70,38 @@ Tier tier_of(const PplContext *context) {
   return best == Tier::kSse2 && ppl_P3_only(context) ? Tier::kP3 : best;
 }
 
+const char *quality_name(uint32_t quality) {
+  constexpr const char *kNames[] = {"accurate demosaic, sharpened",
+                                    "accurate demosaic",
+                                    "demosaic by averages",
+                                    "demosaic within the cell",
+                                    "grey copy of the samples",
+                                    "nothing",
+                                    "nothing",
+                                    "nothing",
+                                    "nothing",
+                                    "grey copy of the samples",
+                                    "0 with flat areas smoothed",
+                                    "1 with flat areas smoothed",
+                                    "samples as grey, sharpened",
+                                    "samples as grey",
+                                    "green accurate, chroma smoothed"};
+  return quality < std::size(kNames) ? kNames[quality] : "";
+}
+
 bool writes_picture(uint32_t quality, Format format) {
   if (quality >= 5 && quality <= 8) return false;
   if (quality == 13) return format == Format::kI420 || format == Format::kRgb24;
   if (quality == 14) return !is_rgb(format);
   return true;
+}
+
+bool shows_stripes(const PplContext *context, Format format) {
+  if (format != Format::kRgb24 || tier_of(context) != Tier::kP3 || !ppl_mean_collection(context))
+    return false;
+  const int decimation = ppl_decimation(context);
+  return (ppl_quality(context) == 3 && decimation <= 0) ||
+         (ppl_quality(context) == 13 && decimation != 0);
 }
 
 void set_frame_size(PplContext *context, Size size) {
@@ -92,59 +114,21 @@ void set_frame_size(PplContext *context, Size size) {
                   size.width, size.height, least));
 }
 
-FrameRunner::Buffer FrameRunner::allocate(size_t bytes) {
-  constexpr size_t kAlignment = 64;
-  const size_t rounded = (bytes + kSlack + kAlignment - 1) / kAlignment * kAlignment;
-  auto *memory = static_cast<uint8_t *>(std::aligned_alloc(kAlignment, rounded));
-  if (!memory) throw std::bad_alloc();
-  std::memset(memory, 0, rounded);
-  return Buffer(memory);
-}
-
-FrameRunner::FrameRunner(PplContext *context, Size input, Format format)
-    : context_(context), input_(input), format_(format) {
+void require_tier() {
   if (usable_tier() == Tier::kNone)
     throw Failure(
         "this processor has no MMX with the integer SSE instructions, so no frame can be "
         "processed");
-  const int decimation = ppl_decimation(context);
-  const auto scaled = [&](uint32_t n) {
-    return decimation < 0 ? n << -decimation : n >> decimation;
-  };
-  output_ = {
-      scaled(input.width),
-      scaled(input.height) + static_cast<uint32_t>(ppl_decimation_top_black_lines(context) +
-                                                   ppl_decimation_bottom_black_lines(context))};
-  raw_ = allocate(static_cast<size_t>(input.width) * input.height);
-  // At decimation 2 lines are written that do not fit the declared size; a frame of the input's
-  // size holds them all.
-  out_ = allocate(frame_bytes(format, output_) + frame_bytes(format, input));
 }
 
-void FrameRunner::fill_black() {
-  const size_t bytes = frame_bytes(format_, output_);
-  const size_t pixels = static_cast<size_t>(output_.width) * output_.height;
-  uint8_t *out = out_.get();
-  switch (format_) {
-    case Format::kI420:
-      std::memset(out, 16, pixels);
-      std::memset(out + pixels, 128, bytes - pixels);
-      break;
-    case Format::kYuyv:
-    case Format::kUyvy:
-      for (size_t i = 0; i < bytes; ++i)
-        out[i] = (i % 2 == 0) == (format_ == Format::kYuyv) ? 16 : 128;
-      break;
-    case Format::kRgb24:
-    case Format::kRgb32:
-      std::memset(out, 0, bytes);
-      break;
-  }
+FrameRunner::FrameRunner(PplContext *context, Size input, Format format)
+    : context_(context), input_(input), raw_(raw_bytes(input)), out_(context, input, format) {
+  require_tier();
 }
 
 FrameView FrameRunner::run() {
-  const Functions &functions = functions_of(format_);
-  fill_black();
+  const Functions &functions = functions_of(out_.format());
+  out_.fill_black();
 
   // The entry functions set the decimation that their names say, without black lines. What none of
   // them stands for goes to the driver itself, which is theirs but for the alignment and tier
@@ -152,20 +136,22 @@ FrameView FrameRunner::run() {
   const int decimation = ppl_decimation(context_);
   const bool black_lines =
       ppl_decimation_top_black_lines(context_) || ppl_decimation_bottom_black_lines(context_);
+  const auto start = std::chrono::steady_clock::now();
   uint8_t done;
   if (black_lines || decimation > 1) {
-    done = functions.driver(context_, raw_.get(), out_.get(), input_.width, input_.height,
+    done = functions.driver(context_, raw_.data(), out_.data(), input_.width, input_.height,
                             input_.width);
   } else {
     const Entry entry = decimation == 0  ? functions.plain
                         : decimation > 0 ? functions.halved
                                          : functions.doubled;
-    done = entry(context_, raw_.get(), out_.get(), input_.width, input_.height);
+    done = entry(context_, raw_.data(), out_.data(), input_.width, input_.height);
   }
+  duration_ = std::chrono::steady_clock::now() - start;
   if (!done && !is_grey_copy(ppl_quality(context_)))
     throw Failure(fmt::format("the library did not process the {} frame: check --size",
-                              format_name(format_)));
-  return {format_, output_, out_.get()};
+                              format_name(out_.format())));
+  return out_.view();
 }
 
 }  // namespace ppl::tool

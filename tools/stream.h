@@ -3,11 +3,10 @@
 
 #include <ppl.h>
 
-#include <cstddef>
+#include <chrono>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 
+#include "frame_buffer.h"
 #include "frame_format.h"
 
 namespace ppl::tool {
@@ -36,12 +35,22 @@ Tier usable_tier();
 // The tier that the context's next aligned frame takes.
 Tier tier_of(const PplContext *context);
 
+// What a quality does, in a few words.
+const char *quality_name(uint32_t quality);
+
 // False where a quality does not write the format at all.
 bool writes_picture(uint32_t quality, Format format);
+
+// True where frames of the context lose the samples of even columns: RGB24 in the P3 tier while
+// statistics are gathered.
+bool shows_stripes(const PplContext *context, Format format);
 
 // Gives the context the frame size. Do this before the controls: a size that is set later would
 // take the black lines out of the scale again. Throws Failure for a size that the library refuses.
 void set_frame_size(PplContext *context, Size size);
+
+// Throws Failure where the processor has no tier, so that no frame can be processed.
+void require_tier();
 
 // Runs raw frames of the context's size in one format, with the controls in force when it is made.
 class FrameRunner {
@@ -49,27 +58,23 @@ class FrameRunner {
   FrameRunner(PplContext *context, Size input, Format format);
 
   // The size of what comes out.
-  Size output_size() const { return output_; }
+  Size output_size() const { return out_.size(); }
 
   // The buffer for the next raw frame: width times height bytes. A run consumes what is in it.
-  uint8_t *raw() { return raw_.get(); }
+  uint8_t *raw() { return raw_.data(); }
 
   // Processes raw(). What the library leaves unwritten is black. The view holds until the next run.
   FrameView run();
 
+  // How long the library took for the last one.
+  std::chrono::nanoseconds duration() const { return duration_; }
+
  private:
-  struct Free {
-    void operator()(void *memory) const { std::free(memory); }
-  };
-  using Buffer = std::unique_ptr<uint8_t[], Free>;
-
-  static Buffer allocate(size_t bytes);
-  void fill_black();
-
   PplContext *context_;
-  Size input_, output_;
-  Format format_;
-  Buffer raw_, out_;
+  Size input_;
+  FrameBuffer raw_;
+  OutputFrame out_;
+  std::chrono::nanoseconds duration_{};
 };
 
 }  // namespace ppl::tool

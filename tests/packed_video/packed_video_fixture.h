@@ -13,16 +13,11 @@
 #include "frame/context.h"
 #include "platform/test_hooks.h"
 #include "ppl.h"
+#include "support/context_test.h"
 #include "support/guarded_buffer.h"
 #include "support/x87.h"
 
 namespace ppl_test {
-
-enum class Tier { p3, sse2 };
-inline constexpr std::array both_tiers = {Tier::p3, Tier::sse2};
-inline std::string tier_name(const testing::TestParamInfo<Tier> &info) {
-  return info.param == Tier::p3 ? "P3" : "SSE2";
-}
 
 enum class Packing { yuyv, uyvy };
 enum class Format { i420, yuyv, uyvy, rgb24, rgb32 };
@@ -184,22 +179,9 @@ struct Fields {
   Video reference, first, second;
 };
 
-class PackedVideoTest : public testing::Test {
+class PackedVideoTest : public ContextTest {
  protected:
   static constexpr uint8_t untouched = GuardedBuffer::poison;
-
-  void SetUp() override {
-    ppl::test_hooks::set_cpuid(nullptr);
-    ppl::test_hooks::reset_counts();
-    ppl::test_hooks::reload_pool();
-    ctx = ppl_init();
-    ASSERT_NE(ctx, nullptr);
-  }
-  void TearDown() override {
-    ppl::test_hooks::reset_counts();
-    ppl::test_hooks::set_cpuid(nullptr);
-    if (ctx != nullptr) ppl_free(ctx);
-  }
 
   // Any size that raw frames may have: a call of the same size then does not ask what it knows.
   void use_size(uint32_t width, uint32_t height, int32_t decimation = 0, int32_t top = 0,
@@ -249,7 +231,6 @@ class PackedVideoTest : public testing::Test {
     return run(function, conversion, fields, Buffers{});
   }
 
-  PplContext *ctx = nullptr;
   struct {
     uint32_t width, height, out_width, out_height;
   } sizes{};  // of the next calls
@@ -288,9 +269,7 @@ class PackedVideoTierTest : public PackedVideoTest, public testing::WithParamInt
  protected:
   void SetUp() override {
     PackedVideoTest::SetUp();
-    ppl_set_P3_only(ctx, GetParam() == Tier::p3);
-    if (GetParam() == Tier::sse2 && (ppl::test_hooks::processor_flags() & (1u << 26)) == 0)
-      GTEST_SKIP() << "no SSE2 tier on this processor";
+    if (!use_tier(GetParam())) GTEST_SKIP() << "no SSE2 tier on this processor";
   }
 };
 

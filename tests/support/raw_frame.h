@@ -16,16 +16,13 @@
 
 #include "platform/test_hooks.h"
 #include "ppl.h"
+#include "support/context_test.h"
 #include "support/difference.h"
 #include "support/guarded_buffer.h"
 #include "support/processor.h"
 #include "support/x87.h"
 
 namespace ppl_test {
-
-enum class Tier { p3, sse2 };
-inline constexpr std::array both_tiers = {Tier::p3, Tier::sse2};
-inline const char *name_of(Tier tier) { return tier == Tier::p3 ? "P3" : "SSE2"; }
 
 enum class Format { i420, yuyv, uyvy, rgb24, rgb32 };
 inline constexpr std::array all_formats = {Format::i420, Format::yuyv, Format::uyvy, Format::rgb24,
@@ -189,30 +186,9 @@ struct Picture {
   }
 };
 
-class RawFrameTest : public ::testing::Test {
+class RawFrameTest : public ContextTest {
  protected:
   static constexpr uint8_t untouched = GuardedBuffer::poison;
-
-  void SetUp() override {
-    ppl::test_hooks::set_cpuid(nullptr);
-    ppl::test_hooks::reset_counts();
-    ppl::test_hooks::reload_pool();
-    ctx = ppl_init();
-    ASSERT_NE(ctx, nullptr);
-  }
-  void TearDown() override {
-    ppl::test_hooks::reset_counts();
-    ppl::test_hooks::set_cpuid(nullptr);
-    if (ctx != nullptr) ppl_free(ctx);
-  }
-
-  static bool has_sse2_tier() { return (ppl::test_hooks::processor_flags() & (1u << 26)) != 0; }
-
-  // False if this processor lacks the tier: the caller then skips.
-  bool use_tier(Tier tier) {
-    ppl_set_P3_only(ctx, tier == Tier::p3);
-    return tier == Tier::p3 || has_sse2_tier();
-  }
 
   // Identity gamma, identity sensor matrices: RGB output then shows the samples as they are, and
   //   Y = 16 + clamp((17 R + 32 G + 6 B + 32) >> 6), at most 235
@@ -279,7 +255,6 @@ class RawFrameTest : public ::testing::Test {
     return true;
   }
 
-  PplContext *ctx = nullptr;
   size_t black_lines_in_force = 0;  // lines that the geometry now adds to out_height
 };
 
@@ -304,9 +279,6 @@ class RawFrameFormatTest : public RawFrameTest,
   }
 };
 
-inline std::string tier_name(const ::testing::TestParamInfo<Tier> &info) {
-  return name_of(info.param);
-}
 inline std::string tier_format_name(
     const ::testing::TestParamInfo<std::tuple<Tier, Format>> &info) {
   return std::string(name_of(std::get<0>(info.param))) + name_of(std::get<1>(info.param));

@@ -21,8 +21,11 @@ class CommandErrors : public ToolTest {
     write("empty.raw", "");
     write("old.png", "old content");
     mkdir(path("folder").c_str(), 0700);
-    files_before_ = files();
+    remember_files();
   }
+
+  // A command that fails leaves these alone.
+  void remember_files() { files_before_ = files(); }
 
   // One line on standard error that says so, nothing on standard output, and no new file.
   void expect_error(int status, const std::string &phrase,
@@ -145,6 +148,128 @@ TEST_F(CommandErrors, SeveralFramesIntoOnePicture) {
 TEST_F(CommandErrors, RgbIntoY4m) {
   expect_error(1, "a .y4m file holds Y, U, V and not rgb24: use --format i420, yuyv or uyvy",
                {"convert", "frame.raw", "--size", "640x480", "-o", "out.y4m", "--format", "rgb24"});
+}
+
+TEST_F(CommandErrors, VideoThatTheLibraryDoesNotConvert) {
+  write("video", std::string(2 * 128 * 32, 'x'));
+  remember_files();
+  const auto video = [](std::vector<std::string> more) {
+    std::vector<std::string> arguments{"convert", "video",  "--from", "yuyv",
+                                       "--size",  "128x32", "-o",     "out.yuv"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+  };
+  for (const char *format : {"yuyv", "uyvy", "rgb32"})
+    expect_error(1,
+                 "progressive yuyv video does not become " + std::string(format) +
+                     ": use --format with one of i420, rgb24",
+                 video({"--format", format}));
+  expect_error(1,
+               "interlaced yuyv video does not become rgb32: use --format with one of i420, yuyv, "
+               "uyvy, rgb24",
+               video({"--format", "rgb32", "--interlaced"}));
+  expect_error(1,
+               "interlaced yuyv video without the motion test does not become uyvy: use --format "
+               "with one of i420, yuyv, rgb24",
+               video({"--format", "uyvy", "--interlaced", "--no-motion-test"}));
+  for (const char *decimation : {"1", "2", "-1"})
+    expect_error(1, "progressive video is not scaled: leave out the decimation",
+                 video({"--decimation", decimation}));
+  expect_error(1, "interlaced video is doubled with the motion test only",
+               video({"--interlaced", "--no-motion-test", "--decimation", "-1"}));
+  expect_error(1, "progressive yuyv video is not mirrored on its way to rgb24",
+               video({"--format", "rgb24", "--mirror", "h"}));
+  expect_error(1, "interlaced yuyv video is not mirrored on its way to i420",
+               video({"--interlaced", "--mirror", "v"}));
+  expect_error(1, "intl_3T_threshold=766 is refused: the range is 0 to 765",
+               video({"--interlaced", "--motion-threshold", "766"}));
+  for (const char *lines : {"2000,0", "-1,3"})
+    expect_error(1, "decimation=0," + std::string(lines) + " is refused",
+                 video({"--black-lines", lines}));
+  for (const char *lines : {"1,2,3", "few"})
+    expect_error(1, "decimation", video({"--black-lines", lines}));
+}
+
+TEST_F(CommandErrors, VideoOfAnotherSize) {
+  write("even", std::string(2 * 128 * 32, 'x'));  // two fields
+  write("odd", std::string(128 * 32, 'x'));
+  remember_files();
+  const auto fields = [](std::vector<std::string> names) {
+    names.insert(names.begin(), "convert");
+    names.insert(names.end(), {"--from", "yuyv", "--interlaced", "--size", "128x32", "-o", "out"});
+    return names;
+  };
+  expect_error(1, "'even' and 'odd' hold different numbers of fields", fields({"even", "odd"}));
+  expect_error(1, "'even' holds 2 fields: give one, that before the first of 'odd'",
+               fields({"odd", "odd", "even"}));
+  expect_error(1,
+               "'short.raw' is too short: 128x32 needs 4096 bytes a field, and after 0 whole "
+               "fields there are 1000 left; check --size, which is that of the whole frame",
+               fields({"odd", "short.raw"}));
+  expect_error(1, "'odd' is too short: 128x32 needs 8192 bytes a frame", fields({"odd"}));
+  expect_error(1, "standard input is too short", fields({"odd", "-"}));
+  expect_error(1, "hold different numbers of fields", fields({"even", "-"}),
+               std::string(128 * 32, 'x'));
+  expect_error(1, "cannot read 'none'", fields({"odd", "odd", "none"}));
+}
+
+TEST_F(CommandErrors, VideoOptionsThatMakeNoSense) {
+  const auto convert = [](std::vector<std::string> more) {
+    more.insert(more.begin(), {"convert", "frame.raw", "--size", "640x480", "-o", "old.png"});
+    return more;
+  };
+  expect_error(2, "--from", convert({"--from", "nv12"}));
+  expect_error(2, "--interlaced is for packed video", convert({"--interlaced"}));
+  expect_error(2, "--no-motion-test and --motion-threshold are for --interlaced",
+               convert({"--from", "yuyv", "--no-motion-test"}));
+  expect_error(2, "--no-motion-test and --motion-threshold are for --interlaced",
+               convert({"--from", "yuyv", "--motion-threshold", "5"}));
+  expect_error(2, "--quality and --neutral are for raw frames",
+               convert({"--from", "yuyv", "--quality", "3"}));
+  expect_error(2, "--quality and --neutral are for raw frames",
+               convert({"--from", "yuyv", "--neutral"}));
+  expect_error(2, "--stats is for raw frames", convert({"--from", "yuyv", "--stats", "s.json"}));
+  expect_error(2, "one file at a time", convert({"three.raw"}));
+  expect_error(2, "one file at a time", convert({"three.raw", "--from", "uyvy"}));
+  expect_error(2, "only one of the files can be standard input",
+               {"convert", "-", "-", "--from", "uyvy", "--interlaced", "--size", "640x480", "-o",
+                "old.png"});
+  expect_error(2, "three files at the most", convert({"two", "three", "four"}));
+}
+
+TEST_F(CommandErrors, ComparisonsThatCannotBeMade) {
+  write("small.raw", std::string(128 * 18, 'x'));
+  run_well({"convert", "frame.raw", "--size", "640x480", "-o", "truth.png"});
+  run_well({"convert", "small.raw", "--size", "128x18", "-o", "small.png"});
+  remember_files();
+  const auto compare = [](std::vector<std::string> more) {
+    more.insert(more.begin(), {"compare", "frame.raw", "--size", "640x480", "-o", "old.png"});
+    return more;
+  };
+  expect_error(1, "the truth 'small.png' is 128x18 and the frame 640x480",
+               compare({"--truth", "small.png"}));
+  expect_error(1, "cannot read 'frame.raw' as PNG", compare({"--truth", "frame.raw"}));
+  expect_error(1, "too small to be compared with a truth",
+               {"compare", "small.raw", "--size", "128x18", "--truth", "small.png"});
+  expect_error(1, "the crop 60x60 at 600,0 does not lie inside the frame of 640x480",
+               compare({"--crop", "600,0"}));
+  for (const char *crop : {"0,0,0x5", "0,0,641x5", "0,480,5x5", "4294967295,0,2x2"})
+    expect_error(1, "does not lie inside the frame", compare({"--crop", crop}));
+  for (const char *crop :
+       {"here", "5", "5,", "5,5,", "5,5,5", "5,5,5x", "5,5,5x5x5", "-5,5", "5;5"})
+    expect_error(2, "is no crop: write X,Y or X,Y,WxH", compare({std::string("--crop=") + crop}));
+  expect_error(1, "leave out decimation", compare({"--set", "decimation=1"}));
+  expect_error(1, "leave out mirrors", compare({"--set", "h_mirror=1"}));
+  expect_error(1, "there is no control 'gama'", compare({"--set", "gama=1"}));
+  expect_error(2, "--frames takes at least 1", compare({"--frames", "0"}));
+  expect_error(2, "--format", compare({"--format", "gif"}));
+  expect_error(2, "the sheet is a picture: name it .png or .ppm, not 'out.y4m'",
+               {"compare", "frame.raw", "--size", "640x480", "-o", "out.y4m"});
+  expect_error(1, "cannot write 'none/table.json'", compare({"--json", "none/table.json"}));
+  expect_error(1, "cannot write '/dev/full'", compare({"--json", "/dev/full"}));
+  expect_error(1, "'short.raw' is too short", {"compare", "short.raw", "--size", "640x480"});
+  expect_error(2, "only one of sheet and table can go to standard output",
+               {"compare", "frame.raw", "--size", "640x480", "-o", "-", "--json", "-"});
 }
 
 TEST_F(CommandErrors, WrongUsage) {

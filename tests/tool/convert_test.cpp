@@ -5,11 +5,15 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "platform/test_hooks.h"
 #include "tool/run_tool.h"
 
 namespace ppl_test {
@@ -167,8 +171,12 @@ TEST_F(Convert, NumberedNamesTakeOnePictureEach) {
   write("second.raw", read("film.raw").substr(kWidth * kHeight, kWidth * kHeight));
   convert("second.raw", "second.png");
   EXPECT_EQ(read("out_01.png"), read("second.png"));
-  convert("frame.raw", "100%.png");
-  EXPECT_NE(read("100%.png"), "");
+  for (const char *name : {"100%.png", "%.png", "%0.png", "%12d.png", "%s.png"}) {
+    convert("frame.raw", name);
+    EXPECT_NE(read(name), "") << name;
+  }
+  convert("film.raw", "100% %3d.ppm");
+  EXPECT_NE(read("100%   2.ppm"), "");
 }
 
 TEST_F(Convert, OldFileIsReplacedAndKeepsItsRights) {
@@ -225,6 +233,25 @@ TEST_F(Convert, BothTiersMakeTheSamePicture) {
   convert("frame.raw", "p3.yuv", {"--tier", "p3"});
   convert("frame.raw", "best.yuv");
   EXPECT_EQ(read("p3.yuv"), read("best.yuv"));
+}
+
+TEST_F(Convert, StripesOfTheP3TierAreAnnounced) {
+  const auto notes = [&](const std::vector<std::string> &more) {
+    std::vector<std::string> arguments{"convert", "frame.raw", "--size", kSize,
+                                       "-o",      "out.bin",   "--tier", "p3"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return run(arguments).err;
+  };
+  EXPECT_EQ(notes({"--format", "rgb24"}),
+            "ppl: note: in the p3 tier rgb24 of quality 3 shows stripes while statistics are "
+            "gathered: --set mean_collection=0 gives the clean picture\n");
+  EXPECT_EQ(notes({"--format", "rgb24", "--set", "mean_collection=0"}), "");
+  const std::string clean = read("out.bin");
+  EXPECT_EQ(notes({"--format", "rgb32"}), "");
+  EXPECT_EQ(notes({"--format", "rgb24", "--quality", "13"}), "");
+  EXPECT_NE(notes({"--format", "rgb24", "--quality", "13", "--decimation", "1"}), "");
+  convert("frame.raw", "best.bin", {"--format", "rgb24"});
+  EXPECT_EQ(read("best.bin"), clean);
 }
 
 TEST_F(Convert, QualityWithoutThePictureFormatTakesAnotherFormat) {
@@ -310,20 +337,65 @@ TEST_F(Convert, DemoMakesAPicture) {
 }
 
 TEST_F(Convert, HelpStartsWithExamples) {
-  for (const std::vector<std::string> &command : std::vector<std::vector<std::string>>{
-           {}, {"convert"}, {"simulate"}, {"controls"}, {"info"}, {"demo"}}) {
+  for (const std::vector<std::string> &command : std::vector<std::vector<std::string>>{{},
+                                                                                       {"convert"},
+                                                                                       {"stats"},
+                                                                                       {"compare"},
+                                                                                       {"simulate"},
+                                                                                       {"controls"},
+                                                                                       {"info"},
+                                                                                       {"demo"}}) {
     std::vector<std::string> arguments = command;
     arguments.push_back("--help");
     EXPECT_EQ(run_well(arguments).out.rfind("Examples:\n  ppl ", 0), 0u);
   }
 }
 
-TEST_F(Convert, InfoNamesVersionTierAndFormats) {
+TEST_F(Convert, InfoNamesVersionTierFormatsAndQualities) {
   const std::string text = run_well({"info"}).out;
-  for (const char *word :
-       {"version", "processor", "tier", "i420", "yuyv", "uyvy", "rgb24", "rgb32"})
+  for (const char *word : {"version    " PPL_TOOL_VERSION "\n", "tier", "bggr8", "i420", "yuyv",
+                           "uyvy", "rgb24", "rgb32", "samples as grey"})
     EXPECT_NE(text.find(word), std::string::npos) << word;
   EXPECT_EQ(run_well({"--version"}).out, "ppl " PPL_TOOL_VERSION "\n");
+}
+
+TEST_F(Convert, InfoNamesTheProcessorFlagsThatTheLibrarySees) {
+  const std::string text = run_well({"info"}).out;
+  const std::string start = "processor  ";
+  const size_t at = text.find(start) + start.size();
+  std::istringstream line(text.substr(at, text.find('\n', at) - at));
+  const std::set<std::string> told{std::istream_iterator<std::string>(line), {}};
+  const uint32_t flags = ppl::test_hooks::processor_flags();
+  const std::map<std::string, uint32_t> bits{{"tsc", 4},   {"mmxext", 22}, {"mmx", 23},
+                                             {"sse", 25},  {"sse2", 26},   {"3dnowext", 30},
+                                             {"3dnow", 31}};
+  for (const auto &[name, bit] : bits) EXPECT_EQ(told.count(name), flags >> bit & 1) << name;
+  EXPECT_NE(text.find(flags >> 26 & 1 ? "tier       sse2" : "tier       p3"), std::string::npos);
+}
+
+TEST_F(Convert, NeutralLeavesTheSamplesAsTheyAre) {
+  // Green of RGB at sites of green is the sample itself, behind a curve and a matrix.
+  convert("frame.raw", "out.rgb", {"--format", "rgb24", "--neutral"});
+  const std::string raw = read("frame.raw"), rgb = read("out.rgb");
+  for (uint32_t y = 0; y < kHeight; ++y)
+    for (uint32_t x = (y + 1) % 2; x < kWidth; x += 2)
+      ASSERT_EQ(rgb[3 * ((kHeight - 1 - y) * kWidth + x) + 1], raw[y * kWidth + x])
+          << x << "," << y;
+}
+
+TEST_F(Convert, BlackLinesHaveAnOptionOfTheirOwn) {
+  convert("frame.raw", "short.yuv", {"--black-lines", "2,4", "--decimation", "1"});
+  convert("frame.raw", "long.yuv", {"--set", "decimation=1,2,4"});
+  EXPECT_EQ(read("short.yuv"), read("long.yuv"));
+}
+
+TEST_F(Convert, FileMayFollowAnyOption) {
+  const std::string expected = printed_md5(
+      run_well({"convert", "frame.raw", "--size", kSize, "--set", "gamma=3", "--md5"}).out);
+  EXPECT_EQ(printed_md5(run_well({"convert", "--md5", "--black-lines", "0,0", "--size", kSize,
+                                  "--set", "gamma=5", "--set", "gamma=3", "frame.raw"})
+                            .out),
+            expected);
 }
 
 class Simulate : public ToolTest {};

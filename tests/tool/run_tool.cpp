@@ -13,11 +13,6 @@
 namespace ppl_test {
 namespace {
 
-std::string read_file(const std::string &path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 void write_file(const std::string &path, const std::string &content) {
   std::ofstream(path, std::ios::binary) << content;
 }
@@ -36,6 +31,15 @@ size_t count_lines(const std::string &text) {
   return static_cast<size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
+std::string read_file(const std::string &path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+bool has_real_frames() { return std::filesystem::is_directory(PPL_REAL_FRAMES); }
+
+std::string real_frame(const std::string &name) { return std::string(PPL_REAL_FRAMES "/") + name; }
+
 void ToolTest::SetUp() {
   folder_ = make_folder();
   outside_ = make_folder();
@@ -46,8 +50,8 @@ void ToolTest::TearDown() {
   std::filesystem::remove_all(outside_);
 }
 
-ToolResult ToolTest::run(const std::vector<std::string> &arguments,
-                         const std::string &input) const {
+int ToolTest::run_child(const std::vector<std::string> &arguments, const std::string &input,
+                        int standard_error) const {
   const std::string in = outside_ + "/in", out = outside_ + "/out", err = outside_ + "/err";
   write_file(in, input);
   std::vector<char *> argv{const_cast<char *>("ppl")};
@@ -61,14 +65,40 @@ ToolResult ToolTest::run(const std::vector<std::string> &arguments,
       const int file = open(path.c_str(), flags, 0600);
       return file >= 0 && dup2(file, descriptor) >= 0;
     };
-    if (redirect(in, O_RDONLY, 0) && redirect(out, O_WRONLY | O_CREAT | O_TRUNC, 1) &&
-        redirect(err, O_WRONLY | O_CREAT | O_TRUNC, 2) && chdir(folder_.c_str()) == 0)
+    constexpr int kNew = O_WRONLY | O_CREAT | O_TRUNC;
+    if (redirect(in, O_RDONLY, 0) && redirect(out, kNew, 1) &&
+        (standard_error < 0 ? redirect(err, kNew, 2) : dup2(standard_error, 2) >= 0) &&
+        chdir(folder_.c_str()) == 0)
       execv(PPL_TOOL, argv.data());
     _exit(127);
   }
   int status = 0;
   waitpid(child, &status, 0);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read_file(out), read_file(err)};
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+ToolResult ToolTest::run(const std::vector<std::string> &arguments,
+                         const std::string &input) const {
+  const int status = run_child(arguments, input, -1);
+  return {status, read_file(outside_ + "/out"), read_file(outside_ + "/err")};
+}
+
+ToolResult ToolTest::run_on_terminal(const std::vector<std::string> &arguments) const {
+  const int keyboard = posix_openpt(O_RDWR | O_NOCTTY);
+  if (keyboard < 0 || grantpt(keyboard) != 0 || unlockpt(keyboard) != 0) return {};
+  const int screen = open(ptsname(keyboard), O_RDWR | O_NOCTTY);
+  if (screen < 0) return {};
+  ToolResult result;
+  result.status = run_child(arguments, "", screen);
+  // What was written waits in the terminal; what the tests make it write fits.
+  char text[4096];
+  fcntl(keyboard, F_SETFL, O_NONBLOCK);
+  for (ssize_t count; (count = ::read(keyboard, text, sizeof text)) > 0;)
+    result.err.append(text, static_cast<size_t>(count));
+  close(screen);
+  close(keyboard);
+  result.out = read_file(outside_ + "/out");
+  return result;
 }
 
 ToolResult ToolTest::run_well(const std::vector<std::string> &arguments,

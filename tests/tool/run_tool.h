@@ -16,6 +16,12 @@ struct ToolResult {
 
 std::vector<uint8_t> bytes_of(const std::string &text);
 size_t count_lines(const std::string &text);
+std::string read_file(const std::string &path);
+
+// Frames from cameras and their truths, which are no part of the project. Tests that want them are
+// skipped where they are not there.
+bool has_real_frames();
+std::string real_frame(const std::string &name);  // its path
 
 // An empty folder of its own for each test, which is the tool's current folder.
 class ToolTest : public testing::Test {
@@ -24,6 +30,9 @@ class ToolTest : public testing::Test {
   void TearDown() override;
 
   ToolResult run(const std::vector<std::string> &arguments, const std::string &input = "") const;
+
+  // Standard error is a terminal.
+  ToolResult run_on_terminal(const std::vector<std::string> &arguments) const;
 
   // Runs, and expects success without a word on standard error.
   ToolResult run_well(const std::vector<std::string> &arguments,
@@ -37,6 +46,10 @@ class ToolTest : public testing::Test {
   std::vector<std::string> files() const;
 
  private:
+  // The child's standard error is the descriptor, or a file if that is negative.
+  int run_child(const std::vector<std::string> &arguments, const std::string &input,
+                int standard_error) const;
+
   std::string folder_, outside_;
 };
 
