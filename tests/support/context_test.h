@@ -19,6 +19,8 @@ inline std::string tier_name(const ::testing::TestParamInfo<Tier> &info) {
   return name_of(info.param);
 }
 
+inline bool has_sse2_tier() { return (ppl::test_hooks::processor_flags() & (1u << 26)) != 0; }
+
 class ContextTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -33,8 +35,6 @@ class ContextTest : public ::testing::Test {
     ppl::test_hooks::set_cpuid(nullptr);
     if (ctx != nullptr) ppl_free(ctx);
   }
-
-  static bool has_sse2_tier() { return (ppl::test_hooks::processor_flags() & (1u << 26)) != 0; }
 
   // False if this processor lacks the tier: the caller then skips.
   bool use_tier(Tier tier) {

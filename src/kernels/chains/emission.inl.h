@@ -189,7 +189,7 @@ class Emission {
 
   void put_doubled_plane(uint8_t *plane, int origin, const uint8_t *line, const uint8_t *before,
                          int count) const {
-    alignas(Vec::bytes) uint8_t values[2 * piece];
+    uint8_t values[2 * piece];
     for (int first = 0; first < count; first += piece) {
       const int n = count - first < piece ? count - first : piece;
       double_piece(values, line, before, first, n);
