@@ -1,9 +1,6 @@
 // ppl compare: one raw frame at every quality.
 
 #include <gtest/gtest.h>
-#include <picture_file.h>
-#include <picture_metrics.h>
-#include <quality_comparison.h>
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "pictures/file_formats.h"
+#include "pictures/metrics.h"
+#include "sheets/quality_comparison.h"
 #include "tool/run_tool.h"
 
 namespace ppl_test {

@@ -1,5 +1,5 @@
-#include <controls_table.h>
-#include <failure.h>
+#include "library/controls_table.h"
+
 #include <gtest/gtest.h>
 #include <ppl.h>
 
@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "base/failure.h"
 #include "tool/run_tool.h"
 
 namespace ppl_test {

@@ -1,6 +1,4 @@
 #include <gtest/gtest.h>
-#include <output_file.h>
-#include <picture_file.h>
 
 #include <algorithm>
 #include <fstream>
@@ -13,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "base/output_file.h"
+#include "pictures/file_formats.h"
 #include "platform/test_hooks.h"
 #include "tool/run_tool.h"
 

@@ -1,11 +1,12 @@
+#include "pictures/picture.h"
+
 #include <gtest/gtest.h>
-#include <picture.h>
-#include <picture_file.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "pictures/file_formats.h"
 #include "tool/run_tool.h"
 
 namespace ppl_test {

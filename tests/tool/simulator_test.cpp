@@ -1,5 +1,6 @@
+#include "simulator/simulator.h"
+
 #include <gtest/gtest.h>
-#include <simulator.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,12 +1,12 @@
-#include <canvas.h>
 #include <gtest/gtest.h>
-#include <picture_file.h>
-#include <statistics_sheet.h>
 
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "pictures/file_formats.h"
+#include "sheets/canvas.h"
+#include "sheets/statistics_sheet.h"
 #include "tool/run_tool.h"
 
 namespace ppl_test {

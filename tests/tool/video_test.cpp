@@ -1,7 +1,6 @@
 // Packed video through ppl convert, progressive and interlaced.
 
 #include <gtest/gtest.h>
-#include <picture_file.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -9,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "pictures/file_formats.h"
 #include "tool/run_tool.h"
 
 namespace ppl_test {

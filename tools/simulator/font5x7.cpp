@@ -1,4 +1,4 @@
-#include "font5x7.h"
+#include "simulator/font5x7.h"
 
 namespace ppl::simulator {
 namespace {

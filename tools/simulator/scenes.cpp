@@ -1,12 +1,12 @@
-#include "scenes.h"
+#include "simulator/scenes.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 
-#include "font5x7.h"
-#include "portable_math.h"
+#include "simulator/font5x7.h"
+#include "simulator/portable_math.h"
 
 namespace ppl::simulator {
 namespace {

@@ -1,12 +1,12 @@
-#include "simulator.h"
+#include "simulator/simulator.h"
 
 #include <algorithm>
 #include <cmath>
 #include <new>
 #include <vector>
 
-#include "portable_math.h"
-#include "scenes.h"
+#include "simulator/portable_math.h"
+#include "simulator/scenes.h"
 
 using ppl::simulator::Light;
 namespace math = ppl::simulator::math;

@@ -1,0 +1,117 @@
+#include "sheets/comparison_sheet.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "sheets/canvas.h"
+
+namespace ppl::tool {
+namespace {
+
+constexpr Colour kBackground{24, 26, 30}, kText{214, 217, 222}, kFaint{138, 144, 155},
+    kMark{255, 220, 60};
+
+constexpr int kMargin = 24, kGap = 24, kHeader = 40, kColumns = 3;
+constexpr int kWholeWidth = 320, kHeight = 240, kBetween = 8, kCropWidth = 240;
+constexpr int kTileWidth = kWholeWidth + kBetween + kCropWidth;
+constexpr int kTextLine = 20;
+
+Picture cut(const Picture &picture, const Crop &crop) {
+  Picture part({crop.width, crop.height});
+  for (uint32_t y = 0; y < crop.height; ++y) {
+    const uint8_t *line = picture.pixel(crop.x, crop.y + y);
+    std::copy(line, line + 3 * static_cast<size_t>(crop.width), part.pixel(0, y));
+  }
+  return part;
+}
+
+// The largest area of the picture's shape that fits at a place; enlarged by whole numbers only.
+Rectangle fitted(Size size, Rectangle place) {
+  double scale = std::min(static_cast<double>(place.width) / size.width,
+                          static_cast<double>(place.height) / size.height);
+  if (scale > 1) scale = std::floor(scale);
+  const auto scaled = [&](uint32_t n) {
+    return std::max(1, static_cast<int>(std::lround(n * scale)));
+  };
+  return {place.x, place.y, scaled(size.width), scaled(size.height)};
+}
+
+class Sheet {
+ public:
+  Sheet(size_t tiles, Size frame, const Crop &crop, bool scores)
+      : frame_(frame),
+        crop_(crop),
+        labels_(scores ? 2 : 1),
+        canvas_({kColumns * kTileWidth + (kColumns - 1) * kGap + 2 * kMargin,
+                 static_cast<uint32_t>(kMargin + kHeader + rows(tiles) * (tile_height() + kGap))},
+                kBackground) {}
+
+  void heading(const std::string &left, const std::string &right) {
+    canvas_.text(kMargin, kMargin, left, kText);
+    canvas_.text_right(kMargin + kColumns * kTileWidth + (kColumns - 1) * kGap, kMargin, right,
+                       kFaint);
+  }
+
+  void add(const Picture &picture, const std::string &title, const std::string &scores) {
+    const int x = kMargin + next_ % kColumns * (kTileWidth + kGap);
+    int y = kMargin + kHeader + next_ / kColumns * (tile_height() + kGap);
+    ++next_;
+    canvas_.text(x, y, title, kText);
+    if (labels_ > 1) canvas_.text(x, y + kTextLine, scores, kFaint);
+    y += labels_ * kTextLine;
+
+    const Rectangle whole = fitted(frame_, {x, y, kWholeWidth, kHeight});
+    canvas_.draw(picture, whole);
+    const auto scaled = [&](uint32_t n, int pixels, uint32_t of) {
+      return static_cast<int>(n) * pixels / static_cast<int>(of);
+    };
+    canvas_.outline({whole.x + scaled(crop_.x, whole.width, frame_.width) - 1,
+                     whole.y + scaled(crop_.y, whole.height, frame_.height) - 1,
+                     scaled(crop_.width, whole.width, frame_.width) + 2,
+                     scaled(crop_.height, whole.height, frame_.height) + 2},
+                    kMark);
+    const Rectangle place{x + kWholeWidth + kBetween, y, kCropWidth, kHeight};
+    canvas_.draw(cut(picture, crop_), fitted({crop_.width, crop_.height}, place));
+  }
+
+  const Picture &picture() const { return canvas_.picture(); }
+
+ private:
+  static int rows(size_t tiles) { return (static_cast<int>(tiles) + kColumns - 1) / kColumns; }
+  int tile_height() const { return labels_ * kTextLine + kHeight; }
+
+  Size frame_;
+  Crop crop_;
+  int labels_;
+  Canvas canvas_;
+  int next_ = 0;
+};
+
+std::string score_text(const Closeness &c) {
+  std::string text =
+      fmt::format("PSNR {:.2f}, luma {:.2f} dB  SSIM {:.4f}", c.psnr_rgb, c.psnr_luma, c.ssim_luma);
+  if (c.shift_x || c.shift_y) text += fmt::format("  at {:+},{:+}", c.shift_x, c.shift_y);
+  return text;
+}
+
+}  // namespace
+
+Picture comparison_sheet(const QualityComparison &comparison, const Crop &crop,
+                         const std::optional<Picture> &truth, const std::string &name) {
+  Sheet sheet(comparison.results.size() + (truth ? 1 : 0), comparison.size, crop,
+              truth.has_value());
+  sheet.heading(shortened(name, 80),
+                fmt::format("{}x{} to {}, tier {}, crop {}x{} at {},{}", comparison.size.width,
+                            comparison.size.height, format_name(comparison.format),
+                            tier_name(comparison.tier), crop.width, crop.height, crop.x, crop.y));
+  if (truth) sheet.add(*truth, "truth", "");
+  for (const QualityResult &result : comparison.results)
+    sheet.add(result.picture,
+              fmt::format("quality {}: {}", result.numbers, quality_name(result.quality)),
+              result.closeness ? score_text(*result.closeness) : "");
+  return sheet.picture();
+}
+
+}  // namespace ppl::tool

@@ -1,0 +1,357 @@
+#include "sheets/statistics_sheet.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <vector>
+
+#include "sheets/canvas.h"
+
+namespace ppl::tool {
+namespace {
+
+constexpr Colour kBackground{24, 26, 30}, kPanel{34, 37, 43}, kLine{70, 75, 84};
+constexpr Colour kText{214, 217, 222}, kFaint{138, 144, 155}, kWhite{240, 240, 240};
+constexpr Colour kRed{214, 92, 86}, kGreen{98, 178, 104}, kBlue{92, 142, 224}, kBand{214, 176, 88};
+
+constexpr int kMargin = 24, kGap = 24, kHeading = 22, kTextLine = 22;
+constexpr int kLeftWidth = 768, kRightWidth = 568;
+constexpr int kTop = 136, kFrameHeight = 614;
+constexpr int kRightX = kMargin + kLeftWidth + kGap;
+constexpr int kLowerTop = kTop + kHeading + kFrameHeight + kGap;
+constexpr int kCurveSize = 240;
+static_assert(kRightX + kRightWidth + kMargin == static_cast<int>(kStatisticsSheetSize.width));
+
+Colour grade_colour(Verdict::Grade grade) {
+  switch (grade) {
+    case Verdict::Grade::kGood:
+      return kGreen;
+    case Verdict::Grade::kFair:
+      return kBand;
+    case Verdict::Grade::kBad:
+      break;
+  }
+  return kRed;
+}
+
+std::string percent(double share) {
+  return share > 0 && share < 0.0995 ? fmt::format("{:.1f} %", 100 * share)
+                                     : fmt::format("{:.0f} %", 100 * share);
+}
+
+double level_of(const Rgb &mean) { return (mean.r + 2 * mean.g + mean.b) / 4; }
+
+// The colour alone: the strongest channel at full strength.
+Colour cast_of(const Rgb &mean) {
+  const double most = std::max({mean.r, mean.g, mean.b, 1.0});
+  const auto byte = [&](double v) { return static_cast<uint8_t>(std::lround(235 * v / most)); };
+  return {byte(mean.r), byte(mean.g), byte(mean.b)};
+}
+
+class Sheet {
+ public:
+  Sheet(const FrameReport &report, const PplContext *context)
+      : report_(report), context_(context), canvas_(kStatisticsSheetSize, kBackground) {}
+
+  Picture draw(const std::string &name) {
+    header(name);
+    frame();
+    histograms();
+    curve(0, "gamma", ppl_rgb_gamma_table(context_));
+    curve(1, "contrast", ppl_contrast_table(context_));
+    window_colours();
+    numbers();
+    notes();
+    return canvas_.picture();
+  }
+
+ private:
+  static Rectangle lower_panel(int index) {
+    return {kMargin + index * (kCurveSize + kGap), kLowerTop + kHeading, kCurveSize, kCurveSize};
+  }
+
+  void heading(int x, int y, const std::string &text) { canvas_.text(x, y, text, kText); }
+
+  void header(const std::string &name) {
+    const std::string facts =
+        fmt::format("{}x{}  quality {}  tier {}", report_.size.width, report_.size.height,
+                    report_.quality, tier_name(report_.tier));
+    canvas_.text(kMargin, kMargin, shortened(name, 70), kText);
+    canvas_.text_right(kRightX + kRightWidth, kMargin, facts, kFaint);
+    int y = kMargin + 30;
+    for (const Verdict *verdict : {&report_.exposure, &report_.white_balance}) {
+      canvas_.fill({kMargin, y, 21, 21}, grade_colour(verdict->grade));
+      canvas_.text(kMargin + 33, y, verdict->text, kWhite, 3);
+      y += 34;
+    }
+  }
+
+  // The frame with the windows over it: the level of each, and its colour as a swatch.
+  void frame() {
+    heading(kMargin, kTop, "frame with window means");
+    const double scale = std::min(static_cast<double>(kLeftWidth) / report_.size.width,
+                                  static_cast<double>(kFrameHeight) / report_.size.height);
+    const auto scaled = [&](uint32_t pixels) {
+      return std::max(1, static_cast<int>(std::lround(pixels * scale)));
+    };
+    const Rectangle panel{kMargin, kTop + kHeading, kLeftWidth, kFrameHeight};
+    const int width = scaled(report_.size.width), height = scaled(report_.size.height);
+    const Rectangle area{panel.x + (panel.width - width) / 2, panel.y, width, height};
+    canvas_.draw(report_.picture, area);
+
+    // Windows start at the raw frame's top left corner, which a mirror moves.
+    const auto x_at = [&](uint32_t column) {
+      const int x = scaled(column * report_.window_width);
+      return column == 0 ? 0 : x;
+    };
+    const auto y_at = [&](uint32_t row) {
+      const int y = scaled(row * report_.window_height);
+      return row == 0 ? 0 : y;
+    };
+    for (uint32_t row = 0; row < kWindowRows; ++row) {
+      for (uint32_t column = 0; column < kWindowColumns; ++column) {
+        Rectangle window{x_at(column), y_at(row), x_at(column + 1) - x_at(column) + 1,
+                         y_at(row + 1) - y_at(row) + 1};
+        if (report_.h_mirror) window.x = area.width - window.right();
+        if (report_.v_mirror) window.y = area.height - window.bottom();
+        window.x += area.x;
+        window.y += area.y;
+        canvas_.outline(window, {170, 170, 170});
+        const std::optional<Rgb> &mean = report_.windows[row * kWindowColumns + column];
+        label(window, mean);
+      }
+    }
+  }
+
+  void label(Rectangle window, const std::optional<Rgb> &mean) {
+    const std::string text = mean ? fmt::format("{:.0f}", level_of(*mean)) : "-";
+    const int swatch = text_height(2);
+    const int width = text_width(text, 2) + 4 + swatch;
+    const Rectangle box{window.x + 4, window.y + 4, width + 8, swatch + 8};
+    if (box.right() > window.right() - 2 || box.bottom() > window.bottom() - 2) return;
+    canvas_.tint(box, {0, 0, 0}, 0.65);
+    canvas_.text(box.x + 4, box.y + 4, text, kWhite);
+    if (mean) canvas_.fill({box.right() - 4 - swatch, box.y + 4, swatch, swatch}, cast_of(*mean));
+  }
+
+  void histograms() {
+    struct Channel {
+      const char *name;
+      const Histogram &all, &near_grey;
+      Colour colour;
+      int32_t low, high;  // the qual band
+      int32_t gain, delta;
+    };
+    const Channel channels[] = {
+        {"red", report_.histograms.r, report_.near_grey_histograms.r, kRed,
+         ppl_qual_R_min(context_), ppl_qual_R_max(context_), ppl_nf88_r_gain(context_),
+         ppl_r_delta(context_)},
+        {"green", report_.histograms.g, report_.near_grey_histograms.g, kGreen,
+         ppl_qual_G_min(context_), ppl_qual_G_max(context_), ppl_nf88_g_gain(context_),
+         ppl_g_delta(context_)},
+        {"blue", report_.histograms.b, report_.near_grey_histograms.b, kBlue,
+         ppl_qual_B_min(context_), ppl_qual_B_max(context_), ppl_nf88_b_gain(context_),
+         ppl_b_delta(context_)},
+    };
+    // One scale for all three, from the eighth highest bin, so that single spikes do not flatten
+    // the rest. The ends do not count for it: they hold what was cut off.
+    std::vector<double> heights;
+    for (const Channel &channel : channels)
+      heights.insert(heights.end(), channel.all.begin() + 1, channel.all.begin() + 250);
+    std::nth_element(heights.begin(), heights.begin() + 7, heights.end(), std::greater<>());
+    double top = 1.1 * heights[7];
+    if (top <= 0) top = 1.1 * *std::max_element(heights.begin(), heights.begin() + 8);
+    if (top <= 0) top = 1;
+
+    constexpr int kPlotHeight = 118, kStrip = 6, kStep = 200, kLabels = 56;
+    int y = kTop;
+    for (const Channel &channel : channels) {
+      heading(kRightX, y, channel.name);
+      canvas_.fill({kRightX, y + 17, text_width(channel.name, 2), 2}, channel.colour);
+      double low_end = 0, high_end = 0;
+      for (size_t i = 0; i < 256; ++i) {
+        if (i <= kEndSteps) low_end += channel.all[i];
+        if (i >= 255 - kEndSteps) high_end += channel.all[i];
+      }
+      canvas_.text(kRightX + kLabels + 72, y, fmt::format("dark end {}", percent(low_end)), kFaint);
+      canvas_.text_right(kRightX + kRightWidth, y, fmt::format("bright end {}", percent(high_end)),
+                         high_end >= 0.05 ? kText : kFaint);
+
+      const Rectangle plot{kRightX + kLabels, y + kHeading, 512, kPlotHeight};
+      canvas_.fill(plot, kPanel);
+      for (int quarter = 1; quarter < 4; ++quarter)
+        canvas_.fill({plot.x + quarter * 128, plot.y, 1, plot.height}, mix(kPanel, kLine, 0.5));
+      const auto of = [&](const Histogram &bins) {
+        return [&bins, top](int i) { return bins[static_cast<size_t>(i)] / top; };
+      };
+      canvas_.bars(plot, 256, of(channel.all), mix(kPanel, channel.colour, 0.45));
+      canvas_.bars(
+          plot, 256,
+          [&](int i) {
+            const auto bin = static_cast<size_t>(i);
+            return i == 0 ? 0.0 : std::min(channel.near_grey[bin], channel.all[bin]) / top;
+          },
+          channel.colour);
+
+      // The exposure band holds behind gain and delta; here it stands where those map from.
+      const auto before_gain = [&](int32_t value) {
+        if (channel.gain <= 0) return value;
+        return std::clamp((value - channel.delta) * 256 / channel.gain, 0, 255);
+      };
+      const auto strip = [&](int line, const char *name, int32_t low, int32_t high, Colour colour) {
+        const int strip_y = plot.bottom() + 6 + line * 18;
+        canvas_.text(kRightX, strip_y, name, kFaint);
+        canvas_.fill({plot.x, strip_y + 4, plot.width, kStrip}, kPanel);
+        const int left = plot.x + 2 * low, right = plot.x + 2 * high + 1;
+        canvas_.fill({left, strip_y + 4, right - left + 1, kStrip}, colour);
+        if (low > 0) canvas_.dashes(left, plot.y, strip_y + 10, colour);
+        if (high < 255) canvas_.dashes(right, plot.y, strip_y + 10, colour);
+      };
+      strip(0, "qual", channel.low, channel.high, mix(kPanel, kWhite, 0.7));
+      strip(1, "qae", before_gain(ppl_qAE_RGB_min(context_)),
+            before_gain(ppl_qAE_RGB_max(context_)), kBand);
+      y += kStep;
+    }
+    canvas_.text(kRightX, y + 4, "dim: all cells, bright: those near grey", kFaint);
+  }
+
+  void curve(int index, const std::string &name, const uint8_t *table) {
+    const Rectangle panel = lower_panel(index);
+    heading(panel.x, kLowerTop, name);
+    canvas_.fill(panel, kPanel);
+    for (int quarter = 1; quarter < 4; ++quarter) {
+      const Colour grid = mix(kPanel, kLine, 0.5);
+      canvas_.fill({panel.x + quarter * panel.width / 4, panel.y, 1, panel.height}, grid);
+      canvas_.fill({panel.x, panel.y + quarter * panel.height / 4, panel.width, 1}, grid);
+    }
+    canvas_.line(panel.x, panel.bottom() - 1, panel.right() - 1, panel.y, kLine);
+    canvas_.curve(
+        panel, 256, [&](int i) { return table[i] / 255.0; }, kText, 2);
+    bool straight = true;
+    for (int i = 0; i < 256; ++i) straight = straight && table[i] == i;
+    canvas_.text_right(panel.right(), kLowerTop,
+                       straight ? "straight" : fmt::format("128 to {}", table[128]), kFaint);
+  }
+
+  // Colours alone, whatever the brightness: where a cast comes from the light, all windows have it.
+  void window_colours() {
+    const Rectangle panel = lower_panel(2);
+    heading(panel.x, kLowerTop, "window colours");
+    const int cell = panel.width / static_cast<int>(kWindowColumns);
+    for (uint32_t row = 0; row < kWindowRows; ++row) {
+      for (uint32_t column = 0; column < kWindowColumns; ++column) {
+        const uint32_t x = report_.h_mirror ? kWindowColumns - 1 - column : column;
+        const uint32_t y = report_.v_mirror ? kWindowRows - 1 - row : row;
+        const std::optional<Rgb> &mean = report_.windows[row * kWindowColumns + column];
+        canvas_.fill({panel.x + static_cast<int>(x) * cell, panel.y + static_cast<int>(y) * cell,
+                      cell - 1, cell - 1},
+                     mean ? cast_of(*mean) : kPanel);
+      }
+    }
+    const int y = panel.y + static_cast<int>(kWindowRows) * cell + 8;
+    canvas_.text(panel.x, y, "brightness taken", kFaint);
+    canvas_.text(panel.x, y + kTextLine - 4, "out, colour left", kFaint);
+  }
+
+  void numbers() {
+    constexpr int kColumns[] = {kRightX + 296, kRightX + 386, kRightX + 476, kRightX + kRightWidth};
+    int y = kLowerTop;
+    heading(kRightX, y, "means");
+    canvas_.text_right(kColumns[0], y, "r", kRed);
+    canvas_.text_right(kColumns[1], y, "g", kGreen);
+    canvas_.text_right(kColumns[2], y, "b", kBlue);
+    canvas_.text_right(kColumns[3], y, "cells", kFaint);
+    y += kHeading;
+    canvas_.fill({kRightX, y - 4, kRightWidth, 1}, kLine);
+    y += 4;
+    const auto row = [&](const char *name, const Rgb &mean, const std::string &cells,
+                         const char *form = "{:.1f}") {
+      canvas_.text(kRightX, y, name, kText);
+      canvas_.text_right(kColumns[0], y, fmt::format(fmt::runtime(form), mean.r), kText);
+      canvas_.text_right(kColumns[1], y, fmt::format(fmt::runtime(form), mean.g), kText);
+      canvas_.text_right(kColumns[2], y, fmt::format(fmt::runtime(form), mean.b), kText);
+      canvas_.text_right(kColumns[3], y, cells, kText);
+      y += kTextLine;
+    };
+    row("whole frame", report_.whole_frame, "100 %");
+    row("qae band", report_.exposure_band, percent(report_.exposure_band_share));
+    row("qual, near grey", report_.near_grey, percent(report_.near_grey_share));
+    row("not white, gained", report_.balance, percent(1 - report_.near_white_share));
+    row("gain",
+        {ppl_nf88_r_gain(context_) / 256.0, ppl_nf88_g_gain(context_) / 256.0,
+         ppl_nf88_b_gain(context_) / 256.0},
+        "", "{:.2f}");
+    y += 10;
+
+    const auto figure = [&](const char *name, const std::string &value) {
+      canvas_.text(kRightX, y, name, kText);
+      canvas_.text_right(kColumns[0], y, value, kText);
+      y += kTextLine;
+    };
+    const auto over_green = [&](double channel) {
+      return report_.balance.g > 0 ? fmt::format("{:.2f}", channel / report_.balance.g) : "-";
+    };
+    const int top = y;
+    figure("red / green", over_green(report_.balance.r));
+    figure("blue / green", over_green(report_.balance.b));
+    figure("near white", percent(report_.near_white_share));
+    figure("near black", percent(report_.near_black_share));
+    balance_bars({kColumns[0] + 40, top, kRightX + kRightWidth - kColumns[0] - 40, 58});
+  }
+
+  // Red and blue against green, 0.5 to 2 times on a scale of stops.
+  void balance_bars(Rectangle area) {
+    const int middle = area.x + area.width / 2;
+    struct Bar {
+      double channel;
+      Colour colour;
+    };
+    int y = area.y - 2;
+    for (const Bar &bar : {Bar{report_.balance.r, kRed}, Bar{report_.balance.b, kBlue}}) {
+      canvas_.fill({area.x, y, area.width, 18}, kPanel);
+      if (report_.balance.g > 0 && bar.channel > 0) {
+        const double stops = std::clamp(std::log2(bar.channel / report_.balance.g), -1.0, 1.0);
+        const int reach = static_cast<int>(std::lround(stops * area.width / 2));
+        canvas_.fill({std::min(middle, middle + reach), y + 2, std::abs(reach), 14}, bar.colour);
+      }
+      y += kTextLine;
+    }
+    canvas_.fill({middle, area.y - 4, 1, 2 * kTextLine}, kWhite);
+    canvas_.text(area.x, y + 2, "/2", kFaint);
+    canvas_.text_right(area.right(), y + 2, "x2", kFaint);
+    canvas_.text(middle - text_width("green", 2) / 2, y + 2, "green", kFaint);
+  }
+
+  void notes() {
+    int y = kLowerTop + kHeading + kCurveSize + kGap;
+    canvas_.fill({kMargin, y - 12, kRightX + kRightWidth - kMargin, 1}, kLine);
+    for (const std::string &note : report_.notes) {
+      canvas_.text(kMargin, y, note, kBand);
+      y += kTextLine;
+    }
+    for (const char *line :
+         {"Window means are levelled by those of a flat frame. Histograms are before gain, means "
+          "of "
+          "neighbouring cells.",
+          "White balance: the mean of all cells that are not near white, behind gain, is taken to "
+          "be grey."}) {
+      canvas_.text(kMargin, y, line, kFaint);
+      y += kTextLine;
+    }
+  }
+
+  const FrameReport &report_;
+  const PplContext *context_;
+  Canvas canvas_;
+};
+
+}  // namespace
+
+Picture statistics_sheet(const FrameReport &report, const PplContext *context,
+                         const std::string &name) {
+  return Sheet(report, context).draw(name);
+}
+
+}  // namespace ppl::tool
