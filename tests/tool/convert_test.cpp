@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "base/output_file.h"
+#include "base/md5.h"
 #include "pictures/file_formats.h"
 #include "platform/test_hooks.h"
 #include "tool/run_tool.h"

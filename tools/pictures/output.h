@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/frame_format.h"
+#include "base/md5.h"
 #include "base/output_file.h"
 #include "pictures/picture.h"
 
