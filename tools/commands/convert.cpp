@@ -10,10 +10,11 @@
 #include "base/note.h"
 #include "base/progress.h"
 #include "commands/commands.h"
+#include "library/context.h"
 #include "library/control_options.h"
 #include "library/frame_source.h"
+#include "library/quality.h"
 #include "library/statistics_json.h"
-#include "library/stream.h"
 #include "pictures/output.h"
 
 namespace ppl::tool {

@@ -4,7 +4,8 @@
 #include <string>
 
 #include "commands/commands.h"
-#include "library/stream.h"
+#include "library/context.h"
+#include "library/quality.h"
 
 #if defined(__i386__) || defined(__x86_64__)
 #include <cpuid.h>

@@ -5,8 +5,8 @@
 #include <map>
 
 #include "base/failure.h"
+#include "library/context.h"
 #include "library/controls_table.h"
-#include "library/stream.h"
 
 namespace ppl::tool {
 

@@ -6,7 +6,7 @@
 
 #include "base/failure.h"
 #include "base/raw_input.h"
-#include "library/stream.h"
+#include "library/raw_stream.h"
 
 namespace ppl::tool {
 namespace {

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "base/failure.h"
-#include "library/stream.h"
+#include "library/context.h"
 
 namespace ppl::tool {
 namespace {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "library/quality.h"
 #include "sheets/canvas.h"
 
 namespace ppl::tool {

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "library/controls_table.h"
+#include "library/raw_stream.h"
 
 namespace ppl::tool {
 namespace {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "library/stream.h"
+#include "library/context.h"
 #include "pictures/picture.h"
 
 namespace ppl::tool {

@@ -5,8 +5,9 @@
 #include <memory>
 
 #include "base/failure.h"
-#include "base/note.h"
 #include "base/progress.h"
+#include "library/quality.h"
+#include "library/raw_stream.h"
 
 namespace ppl::tool {
 namespace {

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "library/context.h"
 #include "library/control_options.h"
-#include "library/stream.h"
 #include "pictures/metrics.h"
 #include "pictures/picture.h"
 
