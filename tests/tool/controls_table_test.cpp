@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "library/control_assignment.h"
 #include "tool/run_tool.h"
 
 namespace ppl_test {

@@ -6,7 +6,7 @@
 #include "commands/commands.h"
 #include "commands/scene_source.h"
 #include "library/context.h"
-#include "library/controls_table.h"
+#include "library/control_assignment.h"
 #include "library/raw_stream.h"
 #include "pictures/file_formats.h"
 #include "pictures/output.h"

@@ -6,7 +6,7 @@
 
 #include "base/failure.h"
 #include "library/context.h"
-#include "library/controls_table.h"
+#include "library/control_assignment.h"
 
 namespace ppl::tool {
 

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "library/controls_table.h"
+#include "library/control_assignment.h"
 #include "library/raw_stream.h"
 
 namespace ppl::tool {
