@@ -1,15 +1,12 @@
-// The options that commands have in common: controls of the library and output formats.
+// What a command line says about the library's controls.
 #pragma once
 
 #include <ppl.h>
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "base/frame_format.h"
 
 namespace ppl::tool {
 
@@ -29,13 +26,5 @@ struct ControlOptions {
   // Sets the controls. Throws Failure for one that is refused, and for a tier that cannot run.
   void apply(PplContext *context) const;
 };
-
-// --tier, --neutral and --set, which every command has that runs frames.
-void add_control_options(CLI::App *command, ControlOptions &options);
-
-void add_quality_option(CLI::App *command, ControlOptions &options);
-
-void add_format_option(CLI::App *command, std::optional<Format> &format,
-                       const std::string &initial);
 
 }  // namespace ppl::tool

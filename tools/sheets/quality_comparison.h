@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/frame_format.h"
 #include "library/context.h"
 #include "library/control_options.h"
 #include "pictures/metrics.h"
