@@ -7,12 +7,10 @@
 
 #include "library/quality.h"
 #include "sheets/canvas.h"
+#include "sheets/palette.h"
 
 namespace ppl::tool {
 namespace {
-
-constexpr Colour kBackground{24, 26, 30}, kText{214, 217, 222}, kFaint{138, 144, 155},
-    kMark{255, 220, 60};
 
 constexpr int kMargin = 24, kGap = 24, kHeader = 40, kColumns = 3;
 constexpr int kWholeWidth = 320, kHeight = 240, kBetween = 8, kCropWidth = 240;
@@ -47,20 +45,20 @@ class Sheet {
         labels_(scores ? 2 : 1),
         canvas_({kColumns * kTileWidth + (kColumns - 1) * kGap + 2 * kMargin,
                  static_cast<uint32_t>(kMargin + kHeader + rows(tiles) * (tile_height() + kGap))},
-                kBackground) {}
+                palette::background) {}
 
   void heading(const std::string &left, const std::string &right) {
-    canvas_.text(kMargin, kMargin, left, kText);
+    canvas_.text(kMargin, kMargin, left, palette::text);
     canvas_.text_right(kMargin + kColumns * kTileWidth + (kColumns - 1) * kGap, kMargin, right,
-                       kFaint);
+                       palette::faint);
   }
 
   void add(const Picture &picture, const std::string &title, const std::string &scores) {
     const int x = kMargin + next_ % kColumns * (kTileWidth + kGap);
     int y = kMargin + kHeader + next_ / kColumns * (tile_height() + kGap);
     ++next_;
-    canvas_.text(x, y, title, kText);
-    if (labels_ > 1) canvas_.text(x, y + kTextLine, scores, kFaint);
+    canvas_.text(x, y, title, palette::text);
+    if (labels_ > 1) canvas_.text(x, y + kTextLine, scores, palette::faint);
     y += labels_ * kTextLine;
 
     const Rectangle whole = fitted(frame_, {x, y, kWholeWidth, kHeight});
@@ -72,7 +70,7 @@ class Sheet {
                      whole.y + scaled(crop_.y, whole.height, frame_.height) - 1,
                      scaled(crop_.width, whole.width, frame_.width) + 2,
                      scaled(crop_.height, whole.height, frame_.height) + 2},
-                    kMark);
+                    palette::mark);
     const Rectangle place{x + kWholeWidth + kBetween, y, kCropWidth, kHeight};
     canvas_.draw(cut(picture, crop_), fitted({crop_.width, crop_.height}, place));
   }

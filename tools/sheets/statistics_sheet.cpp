@@ -8,13 +8,10 @@
 #include <vector>
 
 #include "sheets/canvas.h"
+#include "sheets/palette.h"
 
 namespace ppl::tool {
 namespace {
-
-constexpr Colour kBackground{24, 26, 30}, kPanel{34, 37, 43}, kLine{70, 75, 84};
-constexpr Colour kText{214, 217, 222}, kFaint{138, 144, 155}, kWhite{240, 240, 240};
-constexpr Colour kRed{214, 92, 86}, kGreen{98, 178, 104}, kBlue{92, 142, 224}, kBand{214, 176, 88};
 
 constexpr int kMargin = 24, kGap = 24, kHeading = 22, kTextLine = 22;
 constexpr int kLeftWidth = 768, kRightWidth = 568;
@@ -27,13 +24,13 @@ static_assert(kRightX + kRightWidth + kMargin == static_cast<int>(kStatisticsShe
 Colour grade_colour(Verdict::Grade grade) {
   switch (grade) {
     case Verdict::Grade::kGood:
-      return kGreen;
+      return palette::green;
     case Verdict::Grade::kFair:
-      return kBand;
+      return palette::amber;
     case Verdict::Grade::kBad:
       break;
   }
-  return kRed;
+  return palette::red;
 }
 
 std::string percent(double share) {
@@ -53,7 +50,7 @@ Colour cast_of(const Rgb &mean) {
 class Sheet {
  public:
   Sheet(const FrameReport &report, const PplContext *context)
-      : report_(report), context_(context), canvas_(kStatisticsSheetSize, kBackground) {}
+      : report_(report), context_(context), canvas_(kStatisticsSheetSize, palette::background) {}
 
   Picture draw(const std::string &name) {
     header(name);
@@ -72,18 +69,18 @@ class Sheet {
     return {kMargin + index * (kCurveSize + kGap), kLowerTop + kHeading, kCurveSize, kCurveSize};
   }
 
-  void heading(int x, int y, const std::string &text) { canvas_.text(x, y, text, kText); }
+  void heading(int x, int y, const std::string &text) { canvas_.text(x, y, text, palette::text); }
 
   void header(const std::string &name) {
     const std::string facts =
         fmt::format("{}x{}  quality {}  tier {}", report_.size.width, report_.size.height,
                     report_.quality, tier_name(report_.tier));
-    canvas_.text(kMargin, kMargin, shortened(name, 70), kText);
-    canvas_.text_right(kRightX + kRightWidth, kMargin, facts, kFaint);
+    canvas_.text(kMargin, kMargin, shortened(name, 70), palette::text);
+    canvas_.text_right(kRightX + kRightWidth, kMargin, facts, palette::faint);
     int y = kMargin + 30;
     for (const Verdict *verdict : {&report_.exposure, &report_.white_balance}) {
       canvas_.fill({kMargin, y, 21, 21}, grade_colour(verdict->grade));
-      canvas_.text(kMargin + 33, y, verdict->text, kWhite, 3);
+      canvas_.text(kMargin + 33, y, verdict->text, palette::white, 3);
       y += 34;
     }
   }
@@ -132,7 +129,7 @@ class Sheet {
     const Rectangle box{window.x + 4, window.y + 4, width + 8, swatch + 8};
     if (box.right() > window.right() - 2 || box.bottom() > window.bottom() - 2) return;
     canvas_.tint(box, {0, 0, 0}, 0.65);
-    canvas_.text(box.x + 4, box.y + 4, text, kWhite);
+    canvas_.text(box.x + 4, box.y + 4, text, palette::white);
     if (mean) canvas_.fill({box.right() - 4 - swatch, box.y + 4, swatch, swatch}, cast_of(*mean));
   }
 
@@ -145,13 +142,13 @@ class Sheet {
       int32_t gain, delta;
     };
     const Channel channels[] = {
-        {"red", report_.histograms.r, report_.near_grey_histograms.r, kRed,
+        {"red", report_.histograms.r, report_.near_grey_histograms.r, palette::red,
          ppl_qual_R_min(context_), ppl_qual_R_max(context_), ppl_nf88_r_gain(context_),
          ppl_r_delta(context_)},
-        {"green", report_.histograms.g, report_.near_grey_histograms.g, kGreen,
+        {"green", report_.histograms.g, report_.near_grey_histograms.g, palette::green,
          ppl_qual_G_min(context_), ppl_qual_G_max(context_), ppl_nf88_g_gain(context_),
          ppl_g_delta(context_)},
-        {"blue", report_.histograms.b, report_.near_grey_histograms.b, kBlue,
+        {"blue", report_.histograms.b, report_.near_grey_histograms.b, palette::blue,
          ppl_qual_B_min(context_), ppl_qual_B_max(context_), ppl_nf88_b_gain(context_),
          ppl_b_delta(context_)},
     };
@@ -175,18 +172,20 @@ class Sheet {
         if (i <= kEndSteps) low_end += channel.all[i];
         if (i >= 255 - kEndSteps) high_end += channel.all[i];
       }
-      canvas_.text(kRightX + kLabels + 72, y, fmt::format("dark end {}", percent(low_end)), kFaint);
+      canvas_.text(kRightX + kLabels + 72, y, fmt::format("dark end {}", percent(low_end)),
+                   palette::faint);
       canvas_.text_right(kRightX + kRightWidth, y, fmt::format("bright end {}", percent(high_end)),
-                         high_end >= 0.05 ? kText : kFaint);
+                         high_end >= 0.05 ? palette::text : palette::faint);
 
       const Rectangle plot{kRightX + kLabels, y + kHeading, 512, kPlotHeight};
-      canvas_.fill(plot, kPanel);
+      canvas_.fill(plot, palette::panel);
       for (int quarter = 1; quarter < 4; ++quarter)
-        canvas_.fill({plot.x + quarter * 128, plot.y, 1, plot.height}, mix(kPanel, kLine, 0.5));
+        canvas_.fill({plot.x + quarter * 128, plot.y, 1, plot.height},
+                     mix(palette::panel, palette::line, 0.5));
       const auto of = [&](const Histogram &bins) {
         return [&bins, top](int i) { return bins[static_cast<size_t>(i)] / top; };
       };
-      canvas_.bars(plot, 256, of(channel.all), mix(kPanel, channel.colour, 0.45));
+      canvas_.bars(plot, 256, of(channel.all), mix(palette::panel, channel.colour, 0.45));
       canvas_.bars(
           plot, 256,
           [&](int i) {
@@ -202,37 +201,38 @@ class Sheet {
       };
       const auto strip = [&](int line, const char *name, int32_t low, int32_t high, Colour colour) {
         const int strip_y = plot.bottom() + 6 + line * 18;
-        canvas_.text(kRightX, strip_y, name, kFaint);
-        canvas_.fill({plot.x, strip_y + 4, plot.width, kStrip}, kPanel);
+        canvas_.text(kRightX, strip_y, name, palette::faint);
+        canvas_.fill({plot.x, strip_y + 4, plot.width, kStrip}, palette::panel);
         const int left = plot.x + 2 * low, right = plot.x + 2 * high + 1;
         canvas_.fill({left, strip_y + 4, right - left + 1, kStrip}, colour);
         if (low > 0) canvas_.dashes(left, plot.y, strip_y + 10, colour);
         if (high < 255) canvas_.dashes(right, plot.y, strip_y + 10, colour);
       };
-      strip(0, "qual", channel.low, channel.high, mix(kPanel, kWhite, 0.7));
+      strip(0, "qual", channel.low, channel.high, mix(palette::panel, palette::white, 0.7));
       strip(1, "qae", before_gain(ppl_qAE_RGB_min(context_)),
-            before_gain(ppl_qAE_RGB_max(context_)), kBand);
+            before_gain(ppl_qAE_RGB_max(context_)), palette::amber);
       y += kStep;
     }
-    canvas_.text(kRightX, y + 4, "dim: all cells, bright: those near grey", kFaint);
+    canvas_.text(kRightX, y + 4, "dim: all cells, bright: those near grey", palette::faint);
   }
 
   void curve(int index, const std::string &name, const uint8_t *table) {
     const Rectangle panel = lower_panel(index);
     heading(panel.x, kLowerTop, name);
-    canvas_.fill(panel, kPanel);
+    canvas_.fill(panel, palette::panel);
     for (int quarter = 1; quarter < 4; ++quarter) {
-      const Colour grid = mix(kPanel, kLine, 0.5);
+      const Colour grid = mix(palette::panel, palette::line, 0.5);
       canvas_.fill({panel.x + quarter * panel.width / 4, panel.y, 1, panel.height}, grid);
       canvas_.fill({panel.x, panel.y + quarter * panel.height / 4, panel.width, 1}, grid);
     }
-    canvas_.line(panel.x, panel.bottom() - 1, panel.right() - 1, panel.y, kLine);
+    canvas_.line(panel.x, panel.bottom() - 1, panel.right() - 1, panel.y, palette::line);
     canvas_.curve(
-        panel, 256, [&](int i) { return table[i] / 255.0; }, kText, 2);
+        panel, 256, [&](int i) { return table[i] / 255.0; }, palette::text, 2);
     bool straight = true;
     for (int i = 0; i < 256; ++i) straight = straight && table[i] == i;
     canvas_.text_right(panel.right(), kLowerTop,
-                       straight ? "straight" : fmt::format("128 to {}", table[128]), kFaint);
+                       straight ? "straight" : fmt::format("128 to {}", table[128]),
+                       palette::faint);
   }
 
   // Colours alone, whatever the brightness: where a cast comes from the light, all windows have it.
@@ -247,32 +247,32 @@ class Sheet {
         const std::optional<Rgb> &mean = report_.windows[row * kWindowColumns + column];
         canvas_.fill({panel.x + static_cast<int>(x) * cell, panel.y + static_cast<int>(y) * cell,
                       cell - 1, cell - 1},
-                     mean ? cast_of(*mean) : kPanel);
+                     mean ? cast_of(*mean) : palette::panel);
       }
     }
     const int y = panel.y + static_cast<int>(kWindowRows) * cell + 8;
-    canvas_.text(panel.x, y, "brightness taken", kFaint);
-    canvas_.text(panel.x, y + kTextLine - 4, "out, colour left", kFaint);
+    canvas_.text(panel.x, y, "brightness taken", palette::faint);
+    canvas_.text(panel.x, y + kTextLine - 4, "out, colour left", palette::faint);
   }
 
   void numbers() {
     constexpr int kColumns[] = {kRightX + 296, kRightX + 386, kRightX + 476, kRightX + kRightWidth};
     int y = kLowerTop;
     heading(kRightX, y, "means");
-    canvas_.text_right(kColumns[0], y, "r", kRed);
-    canvas_.text_right(kColumns[1], y, "g", kGreen);
-    canvas_.text_right(kColumns[2], y, "b", kBlue);
-    canvas_.text_right(kColumns[3], y, "cells", kFaint);
+    canvas_.text_right(kColumns[0], y, "r", palette::red);
+    canvas_.text_right(kColumns[1], y, "g", palette::green);
+    canvas_.text_right(kColumns[2], y, "b", palette::blue);
+    canvas_.text_right(kColumns[3], y, "cells", palette::faint);
     y += kHeading;
-    canvas_.fill({kRightX, y - 4, kRightWidth, 1}, kLine);
+    canvas_.fill({kRightX, y - 4, kRightWidth, 1}, palette::line);
     y += 4;
     const auto row = [&](const char *name, const Rgb &mean, const std::string &cells,
                          const char *form = "{:.1f}") {
-      canvas_.text(kRightX, y, name, kText);
-      canvas_.text_right(kColumns[0], y, fmt::format(fmt::runtime(form), mean.r), kText);
-      canvas_.text_right(kColumns[1], y, fmt::format(fmt::runtime(form), mean.g), kText);
-      canvas_.text_right(kColumns[2], y, fmt::format(fmt::runtime(form), mean.b), kText);
-      canvas_.text_right(kColumns[3], y, cells, kText);
+      canvas_.text(kRightX, y, name, palette::text);
+      canvas_.text_right(kColumns[0], y, fmt::format(fmt::runtime(form), mean.r), palette::text);
+      canvas_.text_right(kColumns[1], y, fmt::format(fmt::runtime(form), mean.g), palette::text);
+      canvas_.text_right(kColumns[2], y, fmt::format(fmt::runtime(form), mean.b), palette::text);
+      canvas_.text_right(kColumns[3], y, cells, palette::text);
       y += kTextLine;
     };
     row("whole frame", report_.whole_frame, "100 %");
@@ -286,8 +286,8 @@ class Sheet {
     y += 10;
 
     const auto figure = [&](const char *name, const std::string &value) {
-      canvas_.text(kRightX, y, name, kText);
-      canvas_.text_right(kColumns[0], y, value, kText);
+      canvas_.text(kRightX, y, name, palette::text);
+      canvas_.text_right(kColumns[0], y, value, palette::text);
       y += kTextLine;
     };
     const auto over_green = [&](double channel) {
@@ -309,8 +309,9 @@ class Sheet {
       Colour colour;
     };
     int y = area.y - 2;
-    for (const Bar &bar : {Bar{report_.balance.r, kRed}, Bar{report_.balance.b, kBlue}}) {
-      canvas_.fill({area.x, y, area.width, 18}, kPanel);
+    for (const Bar &bar :
+         {Bar{report_.balance.r, palette::red}, Bar{report_.balance.b, palette::blue}}) {
+      canvas_.fill({area.x, y, area.width, 18}, palette::panel);
       if (report_.balance.g > 0 && bar.channel > 0) {
         const double stops = std::clamp(std::log2(bar.channel / report_.balance.g), -1.0, 1.0);
         const int reach = static_cast<int>(std::lround(stops * area.width / 2));
@@ -318,17 +319,17 @@ class Sheet {
       }
       y += kTextLine;
     }
-    canvas_.fill({middle, area.y - 4, 1, 2 * kTextLine}, kWhite);
-    canvas_.text(area.x, y + 2, "/2", kFaint);
-    canvas_.text_right(area.right(), y + 2, "x2", kFaint);
-    canvas_.text(middle - text_width("green", 2) / 2, y + 2, "green", kFaint);
+    canvas_.fill({middle, area.y - 4, 1, 2 * kTextLine}, palette::white);
+    canvas_.text(area.x, y + 2, "/2", palette::faint);
+    canvas_.text_right(area.right(), y + 2, "x2", palette::faint);
+    canvas_.text(middle - text_width("green", 2) / 2, y + 2, "green", palette::faint);
   }
 
   void notes() {
     int y = kLowerTop + kHeading + kCurveSize + kGap;
-    canvas_.fill({kMargin, y - 12, kRightX + kRightWidth - kMargin, 1}, kLine);
+    canvas_.fill({kMargin, y - 12, kRightX + kRightWidth - kMargin, 1}, palette::line);
     for (const std::string &note : report_.notes) {
-      canvas_.text(kMargin, y, note, kBand);
+      canvas_.text(kMargin, y, note, palette::amber);
       y += kTextLine;
     }
     for (const char *line :
@@ -337,7 +338,7 @@ class Sheet {
           "neighbouring cells.",
           "White balance: the mean of all cells that are not near white, behind gain, is taken to "
           "be grey."}) {
-      canvas_.text(kMargin, y, line, kFaint);
+      canvas_.text(kMargin, y, line, palette::faint);
       y += kTextLine;
     }
   }
