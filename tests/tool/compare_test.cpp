@@ -24,17 +24,17 @@ using ppl::tool::Closeness;
 using ppl::tool::closeness;
 using ppl::tool::Picture;
 
-constexpr uint32_t kWidth = 160, kHeight = 96;
+constexpr uint32_t width = 160, height = 96;
 
 Picture random_picture(uint32_t seed) {
   std::mt19937 generator(seed);
-  Picture picture({kWidth, kHeight});
+  Picture picture({width, height});
   for (uint8_t &v : picture.rgb) v = static_cast<uint8_t>(generator());
   return picture;
 }
 
 Picture plain_picture(uint8_t level) {
-  Picture picture({kWidth, kHeight});
+  Picture picture({width, height});
   std::fill(picture.rgb.begin(), picture.rgb.end(), level);
   return picture;
 }
@@ -52,9 +52,9 @@ TEST(Closeness, ShiftOfAPixelIsFound) {
   const Picture truth = random_picture(1);
   for (int dy = -1; dy <= 1; ++dy) {
     for (int dx = -1; dx <= 1; ++dx) {
-      Picture moved({kWidth, kHeight});
-      for (uint32_t y = 1; y + 1 < kHeight; ++y)
-        for (uint32_t x = 1; x + 1 < kWidth; ++x)
+      Picture moved({width, height});
+      for (uint32_t y = 1; y + 1 < height; ++y)
+        for (uint32_t x = 1; x + 1 < width; ++x)
           std::copy_n(truth.pixel(x, y), 3,
                       moved.pixel(static_cast<uint32_t>(static_cast<int>(x) + dx),
                                   static_cast<uint32_t>(static_cast<int>(y) + dy)));
@@ -83,7 +83,7 @@ TEST(Closeness, FiguresOfPlainPicturesFollowFromTheirDefinition) {
 TEST(Closeness, SsimOfContrastFollowsFromItsDefinition) {
   // Alternating columns: wherever a window lies, the Gaussian weighs both levels nearly alike.
   const auto stripes = [](int level, int swing) {
-    Picture picture({kWidth, kHeight});
+    Picture picture({width, height});
     for (size_t i = 0; i < picture.rgb.size(); ++i)
       picture.rgb[i] = static_cast<uint8_t>(level + (i / 3 % 2 == 0 ? swing : -swing));
     return picture;
@@ -95,9 +95,9 @@ TEST(Closeness, SsimOfContrastFollowsFromItsDefinition) {
 
 TEST(Closeness, BorderIsLeftOff) {
   Picture framed = random_picture(1);
-  for (uint32_t y = 0; y < kHeight; ++y)
-    for (uint32_t x = 0; x < kWidth; ++x)
-      if (std::min({x, y, kWidth - 1 - x, kHeight - 1 - y}) < ppl::tool::kMetricBorder)
+  for (uint32_t y = 0; y < height; ++y)
+    for (uint32_t x = 0; x < width; ++x)
+      if (std::min({x, y, width - 1 - x, height - 1 - y}) < ppl::tool::metric_border)
         std::fill_n(framed.pixel(x, y), 3, uint8_t{0});
   EXPECT_TRUE(std::isinf(closeness(framed, random_picture(1)).psnr_rgb));
   framed.pixel(8, 8)[0] ^= 1;
@@ -105,15 +105,15 @@ TEST(Closeness, BorderIsLeftOff) {
 }
 
 TEST(MostDetail, LiesWhereNeighboursOfAColourDiffer) {
-  std::vector<uint8_t> raw(kWidth * kHeight);
-  for (uint32_t y = 0; y < kHeight; ++y)
-    for (uint32_t x = 0; x < kWidth; ++x) {
+  std::vector<uint8_t> raw(width * height);
+  for (uint32_t y = 0; y < height; ++y)
+    for (uint32_t x = 0; x < width; ++x) {
       const bool detailed = x >= 90 && x < 110 && y >= 40 && y < 60;
       // Elsewhere the colours differ, but not from cell to cell.
-      raw[y * kWidth + x] =
+      raw[y * width + x] =
           static_cast<uint8_t>(detailed ? (x / 2 + y / 2) % 2 * 200 : (x + y) % 2 * 200);
     }
-  const auto crop = ppl::tool::most_detail(raw, {kWidth, kHeight}, {24, 24});
+  const auto crop = ppl::tool::most_detail(raw, {width, height}, {24, 24});
   EXPECT_GE(crop.x, 84u);
   EXPECT_LE(crop.x, 92u);
   EXPECT_GE(crop.y, 34u);
@@ -131,8 +131,8 @@ class Compare : public ToolTest {
   void make_mosaic() const {
     const Picture truth = ppl::tool::read_png(path("truth.png"));
     std::string mosaic;
-    for (uint32_t y = 0; y < kHeight; ++y)
-      for (uint32_t x = 0; x < kWidth; ++x)
+    for (uint32_t y = 0; y < height; ++y)
+      for (uint32_t x = 0; x < width; ++x)
         mosaic += static_cast<char>(truth.pixel(x, y)[2 - x % 2 - y % 2]);
     write("mosaic.raw", mosaic);
   }
@@ -216,13 +216,13 @@ TEST_F(Compare, ClosenessIsThatOfTheConvertedPicture) {
               std::to_string(quality), "-o", "one.png"});
     const Picture picture = ppl::tool::read_png(path("one.png"));
     double sum = 0;
-    for (uint32_t y = 8; y < kHeight - 8; ++y)
-      for (uint32_t x = 8; x < kWidth - 8; ++x)
+    for (uint32_t y = 8; y < height - 8; ++y)
+      for (uint32_t x = 8; x < width - 8; ++x)
         for (int c = 0; c < 3; ++c) {
           const double difference = picture.pixel(x, y)[c] - truth.pixel(x, y)[c];
           sum += difference * difference;
         }
-    const double psnr = 10 * std::log10(255 * 255 / (sum / (3 * (kWidth - 16) * (kHeight - 16))));
+    const double psnr = 10 * std::log10(255 * 255 / (sum / (3 * (width - 16) * (height - 16))));
     const json r = row(quality);
     EXPECT_EQ(r.at("shift"), (std::vector<int>{0, 0})) << quality;
     EXPECT_NEAR(r.at("psnr_rgb").get<double>(), psnr, 1e-9) << quality;
@@ -232,7 +232,7 @@ TEST_F(Compare, ClosenessIsThatOfTheConvertedPicture) {
 }
 
 TEST_F(Compare, GreyMosaicOfAGreyPictureIsPerfect) {
-  write("grey.raw", std::string(kWidth * kHeight, 'd'));
+  write("grey.raw", std::string(width * height, 'd'));
   run_well({"convert", "grey.raw", "--size", "160x96", "--quality", "4", "--format", "rgb24", "-o",
             "grey.png"});
   const ToolResult result =

@@ -21,8 +21,8 @@ namespace {
 
 using ppl::tool::Picture;
 
-constexpr uint32_t kWidth = 160, kHeight = 96;
-constexpr const char *kSize = "160x96";
+constexpr uint32_t width = 160, height = 96;
+constexpr const char *frame_size = "160x96";
 
 std::string md5_of(const std::string &data) {
   ppl::tool::Md5 md5;
@@ -39,13 +39,13 @@ class Convert : public ToolTest {
  protected:
   void SetUp() override {
     ToolTest::SetUp();
-    run_well({"simulate", "-o", "frame.raw", "--size", kSize});
-    run_well({"simulate", "-o", "film.raw", "--size", kSize, "--frames", "3"});
+    run_well({"simulate", "-o", "frame.raw", "--size", frame_size});
+    run_well({"simulate", "-o", "film.raw", "--size", frame_size, "--frames", "3"});
   }
 
   ToolResult convert(const std::string &input, const std::string &output,
                      std::vector<std::string> more = {}) const {
-    std::vector<std::string> arguments{"convert", input, "--size", kSize, "-o", output};
+    std::vector<std::string> arguments{"convert", input, "--size", frame_size, "-o", output};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return run_well(arguments, input == "-" ? read("film.raw") : "");
   }
@@ -59,12 +59,12 @@ TEST_F(Convert, FileStandardOutputAndMd5Agree) {
     const ToolResult to_file = convert("film.raw", "out.bin", {"--format", format, "--md5"});
     EXPECT_EQ(to_file.out, md5_of(read("out.bin")) + "  out.bin\n");
     const ToolResult to_stdout =
-        run({"convert", "film.raw", "--size", kSize, "-o", "-", "--format", format, "--md5"});
+        run({"convert", "film.raw", "--size", frame_size, "-o", "-", "--format", format, "--md5"});
     EXPECT_EQ(to_stdout.status, 0);
     EXPECT_EQ(to_stdout.out, read("out.bin"));
     EXPECT_EQ(to_stdout.err, md5_of(read("out.bin")) + "  -\n");
     const ToolResult sum_alone =
-        run_well({"convert", "film.raw", "--size", kSize, "--format", format, "--md5"});
+        run_well({"convert", "film.raw", "--size", frame_size, "--format", format, "--md5"});
     EXPECT_EQ(sum_alone.out, md5_of(read("out.bin")) + "  -\n");
   }
 }
@@ -73,9 +73,9 @@ TEST_F(Convert, StandardInputServesAsAFile) {
   convert("film.raw", "from_file.yuv");
   convert("-", "from_stdin.yuv");
   EXPECT_EQ(read("from_file.yuv"), read("from_stdin.yuv"));
-  EXPECT_EQ(read("from_file.yuv").size(), 3 * kWidth * kHeight * 3 / 2);
+  EXPECT_EQ(read("from_file.yuv").size(), 3 * width * height * 3 / 2);
   convert("-", "two.yuv", {"--frames", "2"});
-  EXPECT_EQ(read("two.yuv"), read("from_file.yuv").substr(0, 2 * kWidth * kHeight * 3 / 2));
+  EXPECT_EQ(read("two.yuv"), read("from_file.yuv").substr(0, 2 * width * height * 3 / 2));
 }
 
 TEST_F(Convert, FirstFrameIsNotLost) {
@@ -101,15 +101,14 @@ TEST_F(Convert, PngAndPpmShowTheRgbFrame) {
   convert("frame.raw", "out.ppm");
   const std::string frame = read("out.rgb");
   const Picture png = ppl::tool::read_png(path("out.png"));
-  ASSERT_EQ(png.size.width, kWidth);
-  ASSERT_EQ(png.size.height, kHeight);
+  ASSERT_EQ(png.size.width, width);
+  ASSERT_EQ(png.size.height, height);
   const std::string ppm = read("out.ppm"), header = "P6\n160 96\n255\n";
   ASSERT_EQ(ppm.substr(0, header.size()), header);
-  ASSERT_EQ(ppm.size(), header.size() + kWidth * kHeight * 3);
-  for (uint32_t y = 0; y < kHeight; ++y) {
-    for (uint32_t x = 0; x < kWidth; ++x) {
-      const size_t upside_down = 3 * ((kHeight - 1 - y) * kWidth + x),
-                   upright = 3 * (y * kWidth + x);
+  ASSERT_EQ(ppm.size(), header.size() + width * height * 3);
+  for (uint32_t y = 0; y < height; ++y) {
+    for (uint32_t x = 0; x < width; ++x) {
+      const size_t upside_down = 3 * ((height - 1 - y) * width + x), upright = 3 * (y * width + x);
       for (size_t c = 0; c < 3; ++c) {
         const auto expected = static_cast<uint8_t>(frame[upside_down + 2 - c]);
         ASSERT_EQ(png.pixel(x, y)[c], expected) << x << "," << y;
@@ -121,7 +120,7 @@ TEST_F(Convert, PngAndPpmShowTheRgbFrame) {
 }
 
 TEST_F(Convert, PictureLooksLikeTheScene) {
-  run_well({"simulate", "-o", "clean.raw", "--size", kSize, "--scene", "patches", "--truth",
+  run_well({"simulate", "-o", "clean.raw", "--size", frame_size, "--scene", "patches", "--truth",
             "truth.png", "--hot", "0", "--dead", "0"});
   const Picture truth = ppl::tool::read_png(path("truth.png"));
   for (const char *format : {"i420", "yuyv", "uyvy", "rgb24", "rgb32"}) {
@@ -131,7 +130,7 @@ TEST_F(Convert, PictureLooksLikeTheScene) {
     int checked = 0;
     for (uint32_t row = 0; row < 3; ++row) {
       for (uint32_t column = 0; column < 6; ++column) {
-        const uint32_t x = (2 * column + 1) * kWidth / 12, y = (2 * row + 1) * kHeight / 8;
+        const uint32_t x = (2 * column + 1) * width / 12, y = (2 * row + 1) * height / 8;
         for (int a = 0; a < 3; ++a) {
           for (int b = 0; b < 3; ++b) {
             if (truth.pixel(x, y)[a] <= truth.pixel(x, y)[b] + 60) continue;
@@ -150,7 +149,7 @@ TEST_F(Convert, Y4mHoldsTheFramesOfTheRawOutput) {
   convert("film.raw", "out.yuv");
   convert("film.raw", "out.y4m");
   const std::string frames = read("out.yuv");
-  const size_t bytes = kWidth * kHeight * 3 / 2;
+  const size_t bytes = width * height * 3 / 2;
   std::string expected = "YUV4MPEG2 W160 H96 F30:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\n";
   for (size_t i = 0; i < 3; ++i) expected += "FRAME\n" + frames.substr(i * bytes, bytes);
   EXPECT_EQ(read("out.y4m"), expected);
@@ -168,7 +167,7 @@ TEST_F(Convert, NumberedNamesTakeOnePictureEach) {
   convert("film.raw", "out_%02d.png");
   EXPECT_EQ(files(), (std::vector<std::string>{"film.raw", "frame.raw", "out_00.png", "out_01.png",
                                                "out_02.png"}));
-  write("second.raw", read("film.raw").substr(kWidth * kHeight, kWidth * kHeight));
+  write("second.raw", read("film.raw").substr(width * height, width * height));
   convert("second.raw", "second.png");
   EXPECT_EQ(read("out_01.png"), read("second.png"));
   for (const char *name : {"100%.png", "%.png", "%0.png", "%12d.png", "%s.png"}) {
@@ -193,11 +192,11 @@ TEST_F(Convert, MirrorsTurnThePicture) {
     convert("frame.raw", "mirror.png", {"--mirror", way});
     const Picture mirrored = ppl::tool::read_png(path("mirror.png"));
     const bool h = way != "v", v = way != "h";
-    for (uint32_t y = 0; y < kHeight; ++y)
-      for (uint32_t x = 0; x < kWidth; ++x)
+    for (uint32_t y = 0; y < height; ++y)
+      for (uint32_t x = 0; x < width; ++x)
         for (int c = 0; c < 3; ++c)
           ASSERT_EQ(mirrored.pixel(x, y)[c],
-                    plain.pixel(h ? kWidth - 1 - x : x, v ? kHeight - 1 - y : y)[c])
+                    plain.pixel(h ? width - 1 - x : x, v ? height - 1 - y : y)[c])
               << way << " " << x << "," << y;
   }
 }
@@ -205,17 +204,17 @@ TEST_F(Convert, MirrorsTurnThePicture) {
 TEST_F(Convert, DecimationScalesTheOutput) {
   for (const char *format : {"i420", "yuyv", "uyvy", "rgb24", "rgb32"}) {
     convert("frame.raw", "half.png", {"--decimation", "1", "--format", format});
-    EXPECT_EQ(ppl::tool::read_png(path("half.png")).size.width, kWidth / 2);
+    EXPECT_EQ(ppl::tool::read_png(path("half.png")).size.width, width / 2);
     convert("frame.raw", "double.png", {"--decimation", "-1", "--format", format});
-    EXPECT_EQ(ppl::tool::read_png(path("double.png")).size.height, kHeight * 2);
+    EXPECT_EQ(ppl::tool::read_png(path("double.png")).size.height, height * 2);
   }
   // Halving takes every other pixel of every other line.
   convert("frame.raw", "plain.png");
   convert("frame.raw", "half.png", {"--decimation", "1"});
   const Picture plain = ppl::tool::read_png(path("plain.png")),
                 half = ppl::tool::read_png(path("half.png"));
-  for (uint32_t y = 0; y < kHeight / 2; ++y)
-    for (uint32_t x = 0; x < kWidth / 2; ++x)
+  for (uint32_t y = 0; y < height / 2; ++y)
+    for (uint32_t x = 0; x < width / 2; ++x)
       ASSERT_EQ(half.pixel(x, y)[1], plain.pixel(2 * x, 2 * y)[1]) << x << "," << y;
 }
 
@@ -223,10 +222,10 @@ TEST_F(Convert, BlackLinesAreAddedAndBlack) {
   convert("frame.raw", "plain.yuv");
   convert("frame.raw", "lines.yuv", {"--set", "decimation=0,2,4"});
   const std::string plain = read("plain.yuv"), lines = read("lines.yuv");
-  ASSERT_EQ(lines.size(), kWidth * (kHeight + 6) * 3 / 2);
-  const size_t pixels = kWidth * kHeight;
+  ASSERT_EQ(lines.size(), width * (height + 6) * 3 / 2);
+  const size_t pixels = width * height;
   EXPECT_EQ(lines.substr(0, pixels), plain.substr(0, pixels));
-  EXPECT_EQ(lines.substr(pixels, kWidth * 6), std::string(kWidth * 6, 16));
+  EXPECT_EQ(lines.substr(pixels, width * 6), std::string(width * 6, 16));
 }
 
 TEST_F(Convert, BothTiersMakeTheSamePicture) {
@@ -237,7 +236,7 @@ TEST_F(Convert, BothTiersMakeTheSamePicture) {
 
 TEST_F(Convert, StripesOfTheP3TierAreAnnounced) {
   const auto notes = [&](const std::vector<std::string> &more) {
-    std::vector<std::string> arguments{"convert", "frame.raw", "--size", kSize,
+    std::vector<std::string> arguments{"convert", "frame.raw", "--size", frame_size,
                                        "-o",      "out.bin",   "--tier", "p3"};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return run(arguments).err;
@@ -260,7 +259,7 @@ TEST_F(Convert, QualityWithoutThePictureFormatTakesAnotherFormat) {
   EXPECT_GT(
       std::count_if(picture.rgb.begin(), picture.rgb.end(), [](uint8_t v) { return v > 140; }),
       1000);
-  const ToolResult silent = run({"convert", "frame.raw", "--size", kSize, "-o", "out.png",
+  const ToolResult silent = run({"convert", "frame.raw", "--size", frame_size, "-o", "out.png",
                                  "--quality", "14", "--format", "rgb24"});
   EXPECT_EQ(silent.status, 0);
   EXPECT_NE(silent.err.find("ppl: note: quality 14 writes no rgb24, so the picture stays black"),
@@ -270,7 +269,7 @@ TEST_F(Convert, QualityWithoutThePictureFormatTakesAnotherFormat) {
 TEST_F(Convert, GreyCopiesAreNoErrors) {
   for (const char *quality : {"4", "9"}) {
     convert("frame.raw", "out.yuv", {"--quality", quality});
-    EXPECT_EQ(read("out.yuv").substr(0, kWidth * kHeight), read("frame.raw"));
+    EXPECT_EQ(read("out.yuv").substr(0, width * height), read("frame.raw"));
   }
 }
 
@@ -310,10 +309,10 @@ TEST_F(Convert, StatisticsHoldEveryReaderOfTheHeader) {
 TEST_F(Convert, StatisticsFollowTheExposure) {
   std::vector<double> means;
   for (const char *stops : {"0", "1"}) {
-    run_well({"simulate", "-o", "flat.raw", "--scene", "flat", "--size", kSize, "--exposure", stops,
-              "--full-well", "0", "--read-noise", "0", "--hot", "0", "--dead", "0"});
-    run_well(
-        {"convert", "flat.raw", "--size", kSize, "--stats", "stats.json", "--set", "gamma=-17"});
+    run_well({"simulate", "-o", "flat.raw", "--scene", "flat", "--size", frame_size, "--exposure",
+              stops, "--full-well", "0", "--read-noise", "0", "--hot", "0", "--dead", "0"});
+    run_well({"convert", "flat.raw", "--size", frame_size, "--stats", "stats.json", "--set",
+              "gamma=-17"});
     const auto json = nlohmann::json::parse(read("stats.json"));
     means.push_back(json.at("frames").at(0).at("rgb_means_whole_frame").at("g").get<double>() /
                     256);
@@ -377,10 +376,9 @@ TEST_F(Convert, NeutralLeavesTheSamplesAsTheyAre) {
   // Green of RGB at sites of green is the sample itself, behind a curve and a matrix.
   convert("frame.raw", "out.rgb", {"--format", "rgb24", "--neutral"});
   const std::string raw = read("frame.raw"), rgb = read("out.rgb");
-  for (uint32_t y = 0; y < kHeight; ++y)
-    for (uint32_t x = (y + 1) % 2; x < kWidth; x += 2)
-      ASSERT_EQ(rgb[3 * ((kHeight - 1 - y) * kWidth + x) + 1], raw[y * kWidth + x])
-          << x << "," << y;
+  for (uint32_t y = 0; y < height; ++y)
+    for (uint32_t x = (y + 1) % 2; x < width; x += 2)
+      ASSERT_EQ(rgb[3 * ((height - 1 - y) * width + x) + 1], raw[y * width + x]) << x << "," << y;
 }
 
 TEST_F(Convert, BlackLinesHaveAnOptionOfTheirOwn) {
@@ -391,8 +389,8 @@ TEST_F(Convert, BlackLinesHaveAnOptionOfTheirOwn) {
 
 TEST_F(Convert, FileMayFollowAnyOption) {
   const std::string expected = printed_md5(
-      run_well({"convert", "frame.raw", "--size", kSize, "--set", "gamma=3", "--md5"}).out);
-  EXPECT_EQ(printed_md5(run_well({"convert", "--md5", "--black-lines", "0,0", "--size", kSize,
+      run_well({"convert", "frame.raw", "--size", frame_size, "--set", "gamma=3", "--md5"}).out);
+  EXPECT_EQ(printed_md5(run_well({"convert", "--md5", "--black-lines", "0,0", "--size", frame_size,
                                   "--set", "gamma=5", "--set", "gamma=3", "frame.raw"})
                             .out),
             expected);

@@ -65,9 +65,9 @@ int ToolTest::run_child(const std::vector<std::string> &arguments, const std::st
       const int file = open(path.c_str(), flags, 0600);
       return file >= 0 && dup2(file, descriptor) >= 0;
     };
-    constexpr int kNew = O_WRONLY | O_CREAT | O_TRUNC;
-    if (redirect(in, O_RDONLY, 0) && redirect(out, kNew, 1) &&
-        (standard_error < 0 ? redirect(err, kNew, 2) : dup2(standard_error, 2) >= 0) &&
+    constexpr int new_file = O_WRONLY | O_CREAT | O_TRUNC;
+    if (redirect(in, O_RDONLY, 0) && redirect(out, new_file, 1) &&
+        (standard_error < 0 ? redirect(err, new_file, 2) : dup2(standard_error, 2) >= 0) &&
         chdir(folder_.c_str()) == 0)
       execv(PPL_TOOL, argv.data());
     _exit(127);

@@ -18,15 +18,15 @@ struct FreeSimulator {
 using Simulator = std::unique_ptr<PplSimulator, FreeSimulator>;
 using Frame = std::vector<uint8_t>;
 
-constexpr uint32_t kWidth = 128, kHeight = 96;
+constexpr uint32_t width = 128, height = 96;
 
 Simulator make(const char *scene, uint64_t seed = 1) {
-  return Simulator(ppl_simulator_create(scene, kWidth, kHeight, seed));
+  return Simulator(ppl_simulator_create(scene, width, height, seed));
 }
 
 Simulator make_flat_colour(uint8_t r, uint8_t g, uint8_t b) {
   const uint8_t pixel[3] = {r, g, b};
-  return Simulator(ppl_simulator_create_from_rgb(pixel, 1, 1, kWidth, kHeight, 1));
+  return Simulator(ppl_simulator_create_from_rgb(pixel, 1, 1, width, height, 1));
 }
 
 Frame render(const Simulator &simulator) {
@@ -102,15 +102,15 @@ TEST(Simulator, OneStopDoublesTheSignalAboveBlack) {
 TEST(Simulator, DiffuseWhiteFillsFourFifthsOfTheRange) {
   const Simulator simulator = make_flat_colour(255, 255, 255);
   turn_noise_off(simulator);
-  EXPECT_EQ(render(simulator), Frame(kWidth * kHeight, 204));
+  EXPECT_EQ(render(simulator), Frame(width * height, 204));
   ppl_simulator_set_black_level(simulator.get(), 55);
-  EXPECT_EQ(render(simulator), Frame(kWidth * kHeight, 55 + 160));
+  EXPECT_EQ(render(simulator), Frame(width * height, 55 + 160));
 }
 
 TEST(Simulator, SignalIsHeldAt255) {
   const Simulator simulator = make_flat_colour(255, 255, 255);
   ppl_simulator_set_exposure(simulator.get(), 3);
-  EXPECT_EQ(render(simulator), Frame(kWidth * kHeight, 255));
+  EXPECT_EQ(render(simulator), Frame(width * height, 255));
 }
 
 TEST(Simulator, DarknessReadsTheBlackLevel) {
@@ -118,7 +118,7 @@ TEST(Simulator, DarknessReadsTheBlackLevel) {
   turn_noise_off(simulator);
   for (const uint8_t black : {uint8_t{0}, uint8_t{16}, uint8_t{128}}) {
     ppl_simulator_set_black_level(simulator.get(), black);
-    EXPECT_EQ(render(simulator), Frame(kWidth * kHeight, black));
+    EXPECT_EQ(render(simulator), Frame(width * height, black));
   }
 }
 
@@ -136,9 +136,9 @@ TEST(Simulator, MosaicStartsWithBlue) {
     turn_noise_off(simulator);
     ppl_simulator_set_crosstalk(simulator.get(), 0);
     const Frame frame = render(simulator);
-    for (uint32_t y = 0; y < kHeight; ++y)
-      for (uint32_t x = 0; x < kWidth; ++x)
-        ASSERT_EQ(frame[y * kWidth + x], c.lit[y % 2][x % 2] ? 204 : 0) << x << "," << y;
+    for (uint32_t y = 0; y < height; ++y)
+      for (uint32_t x = 0; x < width; ++x)
+        ASSERT_EQ(frame[y * width + x], c.lit[y % 2][x % 2] ? 204 : 0) << x << "," << y;
   }
 }
 
@@ -147,13 +147,13 @@ TEST(Simulator, CrosstalkLeaksIntoTheOtherColoursAndKeepsGrey) {
   turn_noise_off(red);
   ppl_simulator_set_crosstalk(red.get(), 0.25);
   const Frame frame = render(red);
-  EXPECT_EQ(frame[0], 51);            // blue: a quarter of 204
-  EXPECT_EQ(frame[1], 51);            // green
-  EXPECT_EQ(frame[kWidth + 1], 102);  // red keeps a half
+  EXPECT_EQ(frame[0], 51);           // blue: a quarter of 204
+  EXPECT_EQ(frame[1], 51);           // green
+  EXPECT_EQ(frame[width + 1], 102);  // red keeps a half
   const Simulator grey = make_flat_colour(255, 255, 255);
   turn_noise_off(grey);
   ppl_simulator_set_crosstalk(grey.get(), 0.25);
-  EXPECT_EQ(render(grey), Frame(kWidth * kHeight, 204));
+  EXPECT_EQ(render(grey), Frame(width * height, 204));
 }
 
 TEST(Simulator, ShotNoiseHasTheVarianceOfItsElectrons) {
@@ -209,15 +209,15 @@ TEST(Simulator, ChannelGainsScaleTheirColour) {
   const Frame frame = render(simulator);
   EXPECT_EQ(frame[0], 204);
   EXPECT_EQ(frame[1], 102);
-  EXPECT_EQ(frame[kWidth], 102);
-  EXPECT_EQ(frame[kWidth + 1], 51);
+  EXPECT_EQ(frame[width], 102);
+  EXPECT_EQ(frame[width + 1], 51);
 }
 
 TEST(Simulator, PictureOfTheFrameSizeIsTheSceneItself) {
-  Frame picture(3 * kWidth * kHeight), scene(picture.size());
+  Frame picture(3 * width * height), scene(picture.size());
   for (size_t i = 0; i < picture.size(); ++i) picture[i] = static_cast<uint8_t>(i * 7 + i / 256);
   const Simulator simulator(
-      ppl_simulator_create_from_rgb(picture.data(), kWidth, kHeight, kWidth, kHeight, 1));
+      ppl_simulator_create_from_rgb(picture.data(), width, height, width, height, 1));
   ppl_simulator_scene_rgb(simulator.get(), scene.data());
   EXPECT_EQ(scene, picture);
 }

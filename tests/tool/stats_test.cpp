@@ -14,12 +14,12 @@ namespace {
 
 using ppl::tool::Canvas;
 using ppl::tool::Colour;
-using ppl::tool::kStatisticsSheetSize;
 using ppl::tool::Picture;
+using ppl::tool::statistics_sheet_size;
 
 class Stats : public ToolTest {
  protected:
-  static constexpr uint32_t kWidth = 320, kHeight = 240;
+  static constexpr uint32_t width = 320, height = 240;
 
   // A frame without noise and defects.
   void simulate(const std::string &name, std::vector<std::string> more) const {
@@ -42,8 +42,8 @@ class Stats : public ToolTest {
   // A frame whose samples have these values at B, Gb, Gr and R.
   static std::string flat(uint8_t b, uint8_t g, uint8_t r) {
     std::string frame;
-    for (uint32_t y = 0; y < kHeight; ++y)
-      for (uint32_t x = 0; x < kWidth; ++x)
+    for (uint32_t y = 0; y < height; ++y)
+      for (uint32_t x = 0; x < width; ++x)
         frame += static_cast<char>(y % 2 == x % 2 ? (y % 2 ? r : b) : g);
     return frame;
   }
@@ -54,8 +54,8 @@ TEST_F(Stats, SheetHasItsSizeWhateverTheFrame) {
   write("large.raw", std::string(1280 * 1024, 'x'));
   for (const auto &[name, size] : {std::pair{"small.raw", "128x18"}, {"large.raw", "1280x1024"}}) {
     run_well({"stats", name, "--size", size, "-o", "sheet.png"});
-    EXPECT_EQ(sheet().size.width, kStatisticsSheetSize.width) << name;
-    EXPECT_EQ(sheet().size.height, kStatisticsSheetSize.height) << name;
+    EXPECT_EQ(sheet().size.width, statistics_sheet_size.width) << name;
+    EXPECT_EQ(sheet().size.height, statistics_sheet_size.height) << name;
   }
 }
 
@@ -206,22 +206,22 @@ int count(const Canvas &canvas, Colour colour) {
 }
 
 TEST(CanvasDrawing, CutsOffWhatLiesOutside) {
-  constexpr Colour kInk{9, 8, 7};
+  constexpr Colour ink{9, 8, 7};
   Canvas canvas({10, 8}, {});
-  canvas.fill({-5, -5, 7, 7}, kInk);
-  EXPECT_EQ(count(canvas, kInk), 4);
-  canvas.text(-3, 5, "outside on both sides", kInk);
-  canvas.line(-20, -20, 40, 40, kInk);
-  canvas.tint({8, 6, 50, 50}, kInk, 1);
-  canvas.outline({-2, -2, 30, 30}, kInk);
+  canvas.fill({-5, -5, 7, 7}, ink);
+  EXPECT_EQ(count(canvas, ink), 4);
+  canvas.text(-3, 5, "outside on both sides", ink);
+  canvas.line(-20, -20, 40, 40, ink);
+  canvas.tint({8, 6, 50, 50}, ink, 1);
+  canvas.outline({-2, -2, 30, 30}, ink);
 }
 
 TEST(CanvasDrawing, TextIsAsLargeAsSaid) {
-  constexpr Colour kInk{255, 255, 255};
+  constexpr Colour ink{255, 255, 255};
   const int width = ppl::tool::text_width("HH", 2);
   EXPECT_EQ(width, 22);
   Canvas canvas({40, 20}, {});
-  canvas.text_right(30, 3, "HH", kInk);
+  canvas.text_right(30, 3, "HH", ink);
   const Picture &picture = canvas.picture();
   EXPECT_EQ(picture.pixel(30 - 22, 3)[0], 255);
   EXPECT_EQ(picture.pixel(29, 3 + 13)[0], 255);
@@ -241,11 +241,11 @@ TEST(CanvasDrawing, PicturesShrinkByMeansAndGrowByPixels) {
 }
 
 TEST(CanvasDrawing, BarsFillFromTheBottom) {
-  constexpr Colour kInk{1, 2, 3};
+  constexpr Colour ink{1, 2, 3};
   Canvas canvas({4, 10}, {});
   canvas.bars(
-      {0, 0, 4, 10}, 2, [](int i) { return i ? 7.0 : 0.3; }, kInk);
-  EXPECT_EQ(count(canvas, kInk), 2 * 3 + 2 * 10);
+      {0, 0, 4, 10}, 2, [](int i) { return i ? 7.0 : 0.3; }, ink);
+  EXPECT_EQ(count(canvas, ink), 2 * 3 + 2 * 10);
   EXPECT_EQ(canvas.picture().pixel(0, 6)[0], 0);
   EXPECT_EQ(canvas.picture().pixel(0, 7)[0], 1);
 }

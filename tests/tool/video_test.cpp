@@ -16,8 +16,9 @@ namespace {
 
 using ppl::tool::Picture;
 
-constexpr size_t kWidth = 160, kHeight = 48, kLine = 2 * kWidth, kField = kLine * kHeight / 2,
-                 kFrame = 2 * kField, kPixels = kWidth * kHeight;
+constexpr size_t width = 160, height = 48, pixels = width * height;
+constexpr size_t line_bytes = 2 * width, field_bytes = line_bytes * height / 2,
+                 frame_bytes = 2 * field_bytes;
 
 std::string noise(size_t bytes, uint32_t seed) {
   std::mt19937 generator(seed);
@@ -31,8 +32,8 @@ uint8_t byte(const std::string &text, size_t at) { return static_cast<uint8_t>(t
 // Even or odd lines of packed frames.
 std::string field_of(const std::string &frames, size_t parity) {
   std::string field;
-  for (size_t line = 0; line < frames.size() / kLine; ++line)
-    if (line % 2 == parity) field += frames.substr(line * kLine, kLine);
+  for (size_t line = 0; line < frames.size() / line_bytes; ++line)
+    if (line % 2 == parity) field += frames.substr(line * line_bytes, line_bytes);
   return field;
 }
 
@@ -47,20 +48,21 @@ uint8_t average(int a, int b) { return static_cast<uint8_t>((a + b + 1) / 2); }
 std::string merged(const std::string &frame, const std::string &reference, size_t chroma_byte,
                    int threshold) {
   std::string result = frame;
-  for (size_t line = 1; line + 1 < kHeight; line += 2) {
+  for (size_t line = 1; line + 1 < height; line += 2) {
     const auto difference = [&](size_t pixel) {  // pixels are counted from 1
-      if (pixel == 0 || pixel > kWidth) return 0;
+      if (pixel == 0 || pixel > width) return 0;
       const size_t at = 2 * (pixel - 1) + chroma_byte;
-      return byte(frame, line * kLine + at) - byte(reference, line / 2 * kLine + at);
+      return byte(frame, line * line_bytes + at) - byte(reference, line / 2 * line_bytes + at);
     };
-    for (size_t pixel = 1; pixel <= kWidth; ++pixel) {
+    for (size_t pixel = 1; pixel <= width; ++pixel) {
       const int d[] = {difference(pixel - 1), difference(pixel), difference(pixel + 1)};
       const int sum = d[0] + d[1] + d[2];
       int spread = 0;
       for (const int value : d) spread += std::abs(3 * value - sum);
-      const size_t at = line * kLine + 2 * (pixel - 1) + chroma_byte;
+      const size_t at = line * line_bytes + 2 * (pixel - 1) + chroma_byte;
       if (spread > threshold)
-        result[at] = static_cast<char>(average(byte(frame, at - kLine), byte(frame, at + kLine)));
+        result[at] =
+            static_cast<char>(average(byte(frame, at - line_bytes), byte(frame, at + line_bytes)));
     }
   }
   return result;
@@ -70,8 +72,8 @@ class Video : public ToolTest {
  protected:
   void SetUp() override {
     ToolTest::SetUp();
-    for (uint32_t i = 0; i < 3; ++i) film_ += noise(kFrame, 7 + i);
-    frame_ = film_.substr(0, kFrame);
+    for (uint32_t i = 0; i < 3; ++i) film_ += noise(frame_bytes, 7 + i);
+    frame_ = film_.substr(0, frame_bytes);
     write("film", film_);
     write("frame", frame_);
     write("even", field_of(frame_, 0));
@@ -112,15 +114,15 @@ INSTANTIATE_TEST_SUITE_P(, PackedVideo, testing::Values("yuyv", "uyvy"));
 
 TEST_P(PackedVideo, ProgressiveI420KeepsLumaAndAveragesChromaOfLinePairs) {
   const std::string planes = convert(from(), {"frame"});
-  ASSERT_EQ(planes.size(), kPixels * 3 / 2);
-  for (size_t i = 0; i < kPixels; ++i)
+  ASSERT_EQ(planes.size(), pixels * 3 / 2);
+  for (size_t i = 0; i < pixels; ++i)
     ASSERT_EQ(byte(planes, i), byte(frame_, 2 * i + luma_byte())) << i;
   for (size_t plane = 0; plane < 2; ++plane) {
-    for (size_t i = 0; i < kPixels / 4; ++i) {
+    for (size_t i = 0; i < pixels / 4; ++i) {
       const size_t at =
-          i / (kWidth / 2) * 2 * kLine + i % (kWidth / 2) * 4 + 2 * plane + chroma_byte();
-      ASSERT_EQ(byte(planes, kPixels + plane * (kPixels / 4) + i),
-                average(byte(frame_, at), byte(frame_, at + kLine)))
+          i / (width / 2) * 2 * line_bytes + i % (width / 2) * 4 + 2 * plane + chroma_byte();
+      ASSERT_EQ(byte(planes, pixels + plane * (pixels / 4) + i),
+                average(byte(frame_, at), byte(frame_, at + line_bytes)))
           << plane << " " << i;
     }
   }
@@ -134,11 +136,11 @@ TEST_P(PackedVideo, ProgressiveRgbFollowsBt601In64ths) {
   write("mild", mild);
   convert(from(), {"mild"}, {}, "out.png");
   const Picture picture = ppl::tool::read_png(path("out.png"));
-  ASSERT_EQ(picture.size.width, kWidth);
-  ASSERT_EQ(picture.size.height, kHeight);
-  for (uint32_t y = 0; y < kHeight; ++y) {
-    for (uint32_t x = 0; x < kWidth; ++x) {
-      const size_t at = y * kLine + x / 2 * 4;
+  ASSERT_EQ(picture.size.width, width);
+  ASSERT_EQ(picture.size.height, height);
+  for (uint32_t y = 0; y < height; ++y) {
+    for (uint32_t x = 0; x < width; ++x) {
+      const size_t at = y * line_bytes + x / 2 * 4;
       const int luma = 74 * std::max(byte(mild, at + 2 * (x % 2) + luma_byte()) - 16, 0);
       const int u = byte(mild, at + chroma_byte()) - 128,
                 v = byte(mild, at + 2 + chroma_byte()) - 128;
@@ -163,7 +165,7 @@ TEST_P(PackedVideo, FieldsWithoutReferenceAreWoven) {
 }
 
 TEST_P(PackedVideo, MotionTestTakesMovedChromaFromTheEvenLines) {
-  write("reference", field_of(film_.substr(kFrame, kFrame), 1));
+  write("reference", field_of(film_.substr(frame_bytes, frame_bytes), 1));
   for (const char *threshold : {"0", "50", "400", "765"}) {
     const std::string expected =
         merged(frame_, read("reference"), chroma_byte(), std::atoi(threshold));
@@ -184,45 +186,46 @@ TEST_P(PackedVideo, MotionTestTakesMovedChromaFromTheEvenLines) {
 TEST_P(PackedVideo, FilmTakesTheFieldBeforeAsReference) {
   std::string expected = frame_;
   for (size_t i = 1; i < 3; ++i)
-    expected += merged(film_.substr(i * kFrame, kFrame),
-                       field_of(film_.substr((i - 1) * kFrame, kFrame), 1), chroma_byte(), 50);
+    expected +=
+        merged(film_.substr(i * frame_bytes, frame_bytes),
+               field_of(film_.substr((i - 1) * frame_bytes, frame_bytes), 1), chroma_byte(), 50);
   const std::vector<std::string> format{"--format", from()};
   EXPECT_EQ(weave(from(), {"film"}, format), expected);
   write("evens", field_of(film_, 0));
   write("odds", field_of(film_, 1));
   EXPECT_EQ(weave(from(), {"evens", "odds"}, format), expected);
   EXPECT_EQ(weave(from(), {"evens", "odds"}, {"--format", from(), "--frames", "2"}),
-            expected.substr(0, 2 * kFrame));
+            expected.substr(0, 2 * frame_bytes));
 }
 
 TEST_P(PackedVideo, InterlacedFramesAreHalvedFromTheEvenLines) {
   const std::string half = weave(from(), {"frame"}, {"--decimation", "1"});
-  ASSERT_EQ(half.size(), kPixels / 4 * 3 / 2);
-  write("noise", noise(kField, 99));
+  ASSERT_EQ(half.size(), pixels / 4 * 3 / 2);
+  write("noise", noise(field_bytes, 99));
   EXPECT_EQ(weave(from(), {"even", "noise"}, {"--decimation", "1"}), half);
   // Every second pair of every second line.
-  for (size_t y = 0; y < kHeight / 2; ++y)
-    for (size_t x = 0; x < kWidth / 2; ++x)
-      ASSERT_EQ(byte(half, y * (kWidth / 2) + x),
-                byte(frame_, 2 * y * kLine + x / 2 * 8 + 2 * (x % 2) + luma_byte()))
+  for (size_t y = 0; y < height / 2; ++y)
+    for (size_t x = 0; x < width / 2; ++x)
+      ASSERT_EQ(byte(half, y * (width / 2) + x),
+                byte(frame_, 2 * y * line_bytes + x / 2 * 8 + 2 * (x % 2) + luma_byte()))
           << x << "," << y;
 }
 
 TEST_P(PackedVideo, InterlacedFramesAreDoubled) {
   const std::string twice = weave(from(), {"frame"}, {"--decimation", "-1"});
-  ASSERT_EQ(twice.size(), kPixels * 4 * 3 / 2);
-  for (size_t y = 0; y < kHeight; ++y)
-    for (size_t x = 0; x < kWidth; ++x)
-      ASSERT_EQ(byte(twice, (2 * y + 1) * 2 * kWidth + 2 * x + 1),
-                byte(frame_, y * kLine + 2 * x + luma_byte()))
+  ASSERT_EQ(twice.size(), pixels * 4 * 3 / 2);
+  for (size_t y = 0; y < height; ++y)
+    for (size_t x = 0; x < width; ++x)
+      ASSERT_EQ(byte(twice, (2 * y + 1) * 2 * width + 2 * x + 1),
+                byte(frame_, y * line_bytes + 2 * x + luma_byte()))
           << x << "," << y;
 }
 
 TEST_P(PackedVideo, BlackLinesSurroundInterlacedFrames) {
   std::string above, below;
-  for (size_t i = 0; i < kLine * 4; ++i)
+  for (size_t i = 0; i < line_bytes * 4; ++i)
     above += i % 2 == luma_byte() ? '\x10' : static_cast<char>(128);
-  below = above.substr(0, kLine * 2);
+  below = above.substr(0, line_bytes * 2);
   EXPECT_EQ(weave(from(), {"frame"}, {"--format", from(), "--black-lines", "4,2"}),
             above + frame_ + below);
 }
@@ -230,13 +233,13 @@ TEST_P(PackedVideo, BlackLinesSurroundInterlacedFrames) {
 TEST_P(PackedVideo, BlackLinesFollowProgressiveFrames) {
   const std::string plain = convert(from(), {"frame"}),
                     lines = convert(from(), {"frame"}, {"--black-lines", "4,2"});
-  ASSERT_EQ(lines.size(), kWidth * (kHeight + 6) * 3 / 2);
-  EXPECT_EQ(lines.substr(0, kPixels), plain.substr(0, kPixels));
-  EXPECT_EQ(lines.substr(kPixels, 6 * kWidth), std::string(6 * kWidth, 16));
+  ASSERT_EQ(lines.size(), width * (height + 6) * 3 / 2);
+  EXPECT_EQ(lines.substr(0, pixels), plain.substr(0, pixels));
+  EXPECT_EQ(lines.substr(pixels, 6 * width), std::string(6 * width, 16));
 }
 
 TEST_P(PackedVideo, BothTiersGiveTheSameBytes) {
-  write("reference", noise(kField, 5));
+  write("reference", noise(field_bytes, 5));
   for (const char *format : {"i420", "yuyv", "uyvy", "rgb24"})
     EXPECT_EQ(weave(from(), {"even", "odd", "reference"}, {"--format", format, "--tier", "p3"}),
               weave(from(), {"even", "odd", "reference"}, {"--format", format}))
@@ -248,7 +251,7 @@ TEST_P(PackedVideo, FilmBecomesY4m) {
   const std::string frames = weave(from(), {"film"});
   std::string expected = "YUV4MPEG2 W160 H48 F30:1 It A1:1 C420jpeg XCOLORRANGE=LIMITED\n";
   for (size_t i = 0; i < 3; ++i)
-    expected += "FRAME\n" + frames.substr(i * kPixels * 3 / 2, kPixels * 3 / 2);
+    expected += "FRAME\n" + frames.substr(i * pixels * 3 / 2, pixels * 3 / 2);
   EXPECT_EQ(weave(from(), {"film"}, {}, "out.y4m"), expected);
 
   const auto header = [](const std::string &file) { return file.substr(0, file.find(" A1:1")); };
@@ -262,8 +265,8 @@ TEST_P(PackedVideo, FilmBecomesY4m) {
 TEST_F(Video, ProgressiveI420IsMirrored) {
   const std::string plain = convert("yuyv", {"frame"}),
                     mirrored = convert("yuyv", {"frame"}, {"--mirror", "hv"});
-  for (size_t i = 0; i < kPixels; ++i)
-    ASSERT_EQ(byte(mirrored, i), byte(plain, kPixels - 1 - i)) << i;
+  for (size_t i = 0; i < pixels; ++i)
+    ASSERT_EQ(byte(mirrored, i), byte(plain, pixels - 1 - i)) << i;
 }
 
 TEST_F(Video, StandardInputServesAsAField) {

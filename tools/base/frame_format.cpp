@@ -22,11 +22,11 @@ Size parse_size(const std::string &text) {
 
 const std::vector<FormatInfo> &formats() {
   static const std::vector<FormatInfo> list = {
-      {Format::kI420, "i420", "planes Y, U, V; chroma of half width and height; 12 bits a pixel"},
-      {Format::kYuyv, "yuyv", "packed pairs Y U Y V; 16 bits a pixel"},
-      {Format::kUyvy, "uyvy", "packed pairs U Y V Y; 16 bits a pixel"},
-      {Format::kRgb24, "rgb24", "bytes B G R, lines from bottom to top; 24 bits a pixel"},
-      {Format::kRgb32, "rgb32", "bytes B G R 0, lines from bottom to top; 32 bits a pixel"},
+      {Format::i420, "i420", "planes Y, U, V; chroma of half width and height; 12 bits a pixel"},
+      {Format::yuyv, "yuyv", "packed pairs Y U Y V; 16 bits a pixel"},
+      {Format::uyvy, "uyvy", "packed pairs U Y V Y; 16 bits a pixel"},
+      {Format::rgb24, "rgb24", "bytes B G R, lines from bottom to top; 24 bits a pixel"},
+      {Format::rgb32, "rgb32", "bytes B G R 0, lines from bottom to top; 32 bits a pixel"},
   };
   return list;
 }
@@ -40,14 +40,14 @@ const char *format_name(Format format) {
 size_t frame_bytes(Format format, Size size) {
   const size_t pixels = static_cast<size_t>(size.width) * size.height;
   switch (format) {
-    case Format::kI420:
+    case Format::i420:
       return pixels + 2 * (pixels / 4);
-    case Format::kYuyv:
-    case Format::kUyvy:
+    case Format::yuyv:
+    case Format::uyvy:
       return 2 * pixels;
-    case Format::kRgb24:
+    case Format::rgb24:
       return 3 * pixels;
-    case Format::kRgb32:
+    case Format::rgb32:
       return 4 * pixels;
   }
   return 0;

@@ -22,7 +22,7 @@
 namespace ppl::tool {
 namespace {
 
-constexpr uint32_t kCropSide = 60;  // the sheet shows it four times as large
+constexpr uint32_t crop_side = 60;  // the sheet shows it four times as large
 
 struct Options {
   std::string input, size, crop;
@@ -39,15 +39,15 @@ struct Options {
 
 // "X,Y" or "X,Y,WxH".
 Crop parse_crop(const std::string &text) {
-  uint32_t numbers[4] = {0, 0, kCropSide, kCropSide};
+  uint32_t numbers[4] = {0, 0, crop_side, crop_side};
   const char *at = text.data(), *end = at + text.size();
-  constexpr char kBehind[] = {',', ',', 'x', '\0'};
+  constexpr char behind[] = {',', ',', 'x', '\0'};
   for (size_t i = 0; i < 4; ++i) {
     const auto number = std::from_chars(at, end, numbers[i]);
     if (number.ec != std::errc()) refuse_crop(text);
     at = number.ptr;
     if (at == end && i % 2 == 1) return {numbers[0], numbers[1], numbers[2], numbers[3]};
-    if (at == end || *at++ != kBehind[i]) break;
+    if (at == end || *at++ != behind[i]) break;
   }
   refuse_crop(text);
 }
@@ -55,7 +55,7 @@ Crop parse_crop(const std::string &text) {
 Crop choose_crop(const Options &options, Size size, const std::vector<uint8_t> &raw) {
   if (options.crop.empty())
     return most_detail(raw, size,
-                       {std::min(kCropSide, size.width), std::min(kCropSide, size.height)});
+                       {std::min(crop_side, size.width), std::min(crop_side, size.height)});
   const Crop crop = parse_crop(options.crop);
   const auto fits = [](uint32_t start, uint32_t length, uint32_t whole) {
     return length > 0 && length <= whole && start <= whole - length;
@@ -89,7 +89,7 @@ std::string table_of(const QualityComparison &comparison, const Options &options
     text += fmt::format(
         "against {}: PSNR in dB, SSIM of luma in 11x11 Gaussian windows, {} pixels left off at\n"
         "each side, at the shift of up to 1 pixel (right,down) that fits best\n",
-        *options.truth, kMetricBorder);
+        *options.truth, metric_border);
   text += fmt::format("crop {}x{} at {},{}\n\n", crop.width, crop.height, crop.x, crop.y);
   text += fmt::format("{:<42}{:>9} {:>9} {:>6}", "quality", "median ms", "fastest", "x");
   text += options.truth
@@ -116,7 +116,7 @@ nlohmann::ordered_json json_of(const QualityComparison &comparison, const Crop &
   json["tier"] = tier_name(comparison.tier);
   json["frames"] = comparison.rounds;
   json["crop"] = {{"x", crop.x}, {"y", crop.y}, {"width", crop.width}, {"height", crop.height}};
-  json["border"] = kMetricBorder;
+  json["border"] = metric_border;
   json["qualities"] = nlohmann::ordered_json::array();
   for (const QualityResult &result : comparison.results) {
     nlohmann::ordered_json row;
@@ -142,10 +142,10 @@ void compare(const Options &options) {
   if (!options.crop.empty()) parse_crop(options.crop);
   if (options.output == "-" && options.json == "-")
     throw UsageError("only one of sheet and table can go to standard output");
-  Container container = Container::kPng;
+  Container container = Container::png;
   if (options.output && *options.output != "-") {
     container = container_of(*options.output);
-    if (container != Container::kPng && container != Container::kPpm)
+    if (container != Container::png && container != Container::ppm)
       throw UsageError(
           fmt::format("the sheet is a picture: name it .png or .ppm, not '{}'", *options.output));
   }
@@ -165,10 +165,10 @@ void compare(const Options &options) {
   if (options.json) json_file.emplace(*options.json);
 
   const QualityComparison comparison = compare_qualities(
-      raw, size, options.format.value_or(Format::kI420), options.controls, options.frames, truth);
+      raw, size, options.format.value_or(Format::i420), options.controls, options.frames, truth);
   if (sheet_file) {
     const Picture sheet = comparison_sheet(comparison, crop, truth, options.input);
-    sheet_file->write(container == Container::kPpm ? encode_ppm(sheet) : encode_png(sheet));
+    sheet_file->write(container == Container::ppm ? encode_ppm(sheet) : encode_png(sheet));
     sheet_file->close();
   }
   if (json_file) {

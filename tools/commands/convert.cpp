@@ -20,18 +20,18 @@
 namespace ppl::tool {
 namespace {
 
-constexpr const char *kMosaic = "bggr8";
+constexpr const char *mosaic_format = "bggr8";
 
 struct Options {
   std::vector<std::string> inputs;
-  std::string size, from = kMosaic;
+  std::string size, from = mosaic_format;
   std::optional<std::string> output, kind, statistics;
   std::optional<Format> format;
   ControlOptions controls;
   std::optional<uint64_t> frames;
   bool interlaced = false, no_motion_test = false, md5 = false;
 
-  bool mosaic() const { return from == kMosaic; }
+  bool mosaic() const { return from == mosaic_format; }
 };
 
 // What the kind of input has no use for.
@@ -58,8 +58,8 @@ void check_usage(const Options &options) {
 std::unique_ptr<FrameSource> open_mosaic(PplContext *context, const FrameFiles &files,
                                          const Options &options, bool picture) {
   const uint32_t quality = ppl_quality(context);
-  const bool rgb = picture && writes_picture(quality, Format::kRgb24);
-  const Format format = options.format.value_or(rgb ? Format::kRgb24 : Format::kI420);
+  const bool rgb = picture && writes_picture(quality, Format::rgb24);
+  const Format format = options.format.value_or(rgb ? Format::rgb24 : Format::i420);
   if (!writes_picture(quality, format))
     note(fmt::format("quality {} writes no {}, so the picture stays black", quality,
                      format_name(format)));
@@ -72,8 +72,8 @@ std::unique_ptr<FrameSource> open_mosaic(PplContext *context, const FrameFiles &
 std::unique_ptr<FrameSource> open_video(PplContext *context, const FrameFiles &files,
                                         const Options &options, bool picture) {
   VideoConversion conversion;
-  conversion.from = options.from == "yuyv" ? Format::kYuyv : Format::kUyvy;
-  conversion.to = options.format.value_or(picture ? Format::kRgb24 : Format::kI420);
+  conversion.from = options.from == "yuyv" ? Format::yuyv : Format::uyvy;
+  conversion.to = options.format.value_or(picture ? Format::rgb24 : Format::i420);
   conversion.interlaced = options.interlaced;
   conversion.tests_motion = !options.no_motion_test;
   return video_frames(context, files, conversion);
@@ -89,8 +89,8 @@ void convert(const Options &options) {
 
   const Container container = options.kind     ? parse_container(*options.kind)
                               : options.output ? container_of(*options.output)
-                                               : Container::kRaw;
-  const bool picture = container == Container::kPng || container == Container::kPpm;
+                                               : Container::raw;
+  const bool picture = container == Container::png || container == Container::ppm;
   const FrameFiles files{options.inputs, size, options.frames};
   const std::unique_ptr<FrameSource> source = options.mosaic()
                                                   ? open_mosaic(context, files, options, picture)
@@ -168,7 +168,7 @@ void add_convert(CLI::App &app) {
                    "what the input is: bggr8 (raw mosaic, 8 bits a sample; the default), yuyv or "
                    "uyvy")
       ->type_name("FORMAT")
-      ->check(CLI::IsMember({kMosaic, "yuyv", "uyvy"}).description(""));
+      ->check(CLI::IsMember({mosaic_format, "yuyv", "uyvy"}).description(""));
   add_format_option(command, options->format,
                     "rgb24 for .png and .ppm where it can be had, else i420");
   command

@@ -14,24 +14,25 @@
 namespace ppl::tool {
 namespace {
 
-constexpr const char *kSize = "640x480";
+constexpr const char *demo_size = "640x480";
 
 void demo(const std::string &path) {
-  const Size size = parse_size(kSize);
+  const Size size = parse_size(demo_size);
   const Simulator simulator = simulate_scene("chart", size, 1);
 
   const Context context;
   set_frame_size(context, size);
   set_control(context, "quality=0");
-  FrameRunner runner(context, size, Format::kI420);
+  FrameRunner runner(context, size, Format::i420);
   ppl_simulator_render(simulator.get(), runner.raw());
   write_file(path, encode_png(to_picture(runner.run())));
 
   if (path == "-") return;
   const PplTriple &mean = *ppl_rgb_means_whole_frame(context);
   fmt::print("{} shows a simulated test chart, taken through the library. Step by step:\n", path);
-  fmt::print("  ppl simulate -o chart.raw --size {} --hot 0 --dead 0\n", kSize);
-  fmt::print("  ppl convert chart.raw --size {} --format i420 --quality 0 -o {}\n", kSize, path);
+  fmt::print("  ppl simulate -o chart.raw --size {} --hot 0 --dead 0\n", demo_size);
+  fmt::print("  ppl convert chart.raw --size {} --format i420 --quality 0 -o {}\n", demo_size,
+             path);
   fmt::print("The statistics say: mean of red {:.1f}, green {:.1f}, blue {:.1f} of 255; ",
              mean.r / 256.0, mean.g / 256.0, mean.b / 256.0);
   fmt::print("{} of {} cells are near grey.\n", ppl_n_qual_2x2_whole_frame(context),

@@ -66,14 +66,14 @@ std::string formats_of_quality(uint32_t quality) {
 
 void info() {
   const Tier tier = usable_tier();
-  const char *meaning = tier == Tier::kSse2 ? "sse2 (--tier p3 for the other one)"
-                        : tier == Tier::kP3 ? "p3"
-                                            : "none: no frame can be processed";
+  const char *meaning = tier == Tier::sse2 ? "sse2 (--tier p3 for the other one)"
+                        : tier == Tier::p3 ? "p3"
+                                           : "none: no frame can be processed";
   fmt::print("version    {}\n", PPL_TOOL_VERSION);
   fmt::print("processor  {}\n", processor_flags());
   fmt::print("tier       {}\n", meaning);
   fmt::print("size       even width {} to 1280, even height 18 to 1024\n",
-             tier == Tier::kSse2 ? 128 : 64);
+             tier == Tier::sse2 ? 128 : 64);
   fmt::print("input      bggr8  raw mosaic, 8 bits a sample: even lines B Gb, odd lines Gr R\n");
   fmt::print("input      yuyv   packed video, progressive or interlaced\n");
   fmt::print("input      uyvy   packed video, progressive or interlaced\n");

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int kFailed = 1, kWrongUsage = 2;
+constexpr int failed = 1, wrong_usage = 2;
 
 // Messages are one line each, whatever they quote.
 void complain(std::string message) {
@@ -57,19 +57,19 @@ int main(int argc, char **argv) {
   } catch (const CLI::ParseError &error) {
     if (error.get_exit_code() == 0) return app.exit(error);  // --help, --version
     complain(fmt::format("{} (see {} --help)", error.what(), command_of(app)));
-    return kWrongUsage;
+    return wrong_usage;
   } catch (const ppl::tool::UsageError &error) {
     complain(fmt::format("{} (see {} --help)", error.what(), command_of(app)));
-    return kWrongUsage;
+    return wrong_usage;
   } catch (const ppl::tool::Failure &error) {
     complain(error.what());
-    return kFailed;
+    return failed;
   } catch (const std::bad_alloc &) {
     complain("there is not enough memory: use a smaller size");
-    return kFailed;
+    return failed;
   } catch (const std::exception &error) {
     complain(error.what());
-    return kFailed;
+    return failed;
   }
   return 0;
 }

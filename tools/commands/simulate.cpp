@@ -50,8 +50,8 @@ void apply(PplSimulator *simulator, const Options &options) {
 void simulate(const Options &options) {
   if (options.frames == 0) throw UsageError("--frames takes at least 1");
   const Container container = container_of(options.output);
-  if (container == Container::kY4m) throw UsageError("raw frames are no .y4m: choose another name");
-  if (container != Container::kRaw && options.frames > 1)
+  if (container == Container::y4m) throw UsageError("raw frames are no .y4m: choose another name");
+  if (container != Container::raw && options.frames > 1)
     throw UsageError("a grey picture holds one frame: leave out --frames");
 
   std::optional<Size> size;
@@ -68,19 +68,19 @@ void simulate(const Options &options) {
     Progress progress("frame", options.frames);
     for (uint64_t i = 0; i < options.frames; ++i) {
       ppl_simulator_render(simulator.get(), raw.data());
-      if (container == Container::kRaw)
+      if (container == Container::raw)
         output.write(raw);
       else
-        output.write(container == Container::kPng ? encode_png(grey_picture(raw.data(), frame))
-                                                  : encode_ppm(grey_picture(raw.data(), frame)));
+        output.write(container == Container::png ? encode_png(grey_picture(raw.data(), frame))
+                                                 : encode_ppm(grey_picture(raw.data(), frame)));
       progress.step();
     }
   }
   if (options.truth) {
     Picture truth(frame);
     ppl_simulator_scene_rgb(simulator.get(), truth.rgb.data());
-    write_file(*options.truth, container_of(*options.truth) == Container::kPpm ? encode_ppm(truth)
-                                                                               : encode_png(truth));
+    write_file(*options.truth, container_of(*options.truth) == Container::ppm ? encode_ppm(truth)
+                                                                              : encode_png(truth));
   }
   output.commit();
 }

@@ -29,7 +29,7 @@ void draw_statistics(const Options &options) {
   const Size size = parse_size(options.size);
   if (options.frames && *options.frames == 0) throw UsageError("--frames takes at least 1");
   const Container container = container_of(options.output);
-  if (options.output != "-" && container != Container::kPng && container != Container::kPpm)
+  if (options.output != "-" && container != Container::png && container != Container::ppm)
     throw UsageError(
         fmt::format("the sheet is a picture: name it .png or .ppm, not '{}'", options.output));
 
@@ -41,7 +41,7 @@ void draw_statistics(const Options &options) {
     throw Failure("the sheet shows the frame at its own size: leave out decimation");
 
   RawInput input(options.input, size, {raw_bytes(size)}, options.frames);
-  FrameRunner runner(context, size, Format::kI420);
+  FrameRunner runner(context, size, Format::i420);
   const uint64_t last = options.frames.value_or(1);
   std::vector<uint8_t> raw;
   FrameView view{};
@@ -54,7 +54,7 @@ void draw_statistics(const Options &options) {
   const FrameReport report =
       FrameReporter(size, options.controls.all()).report(context, to_picture(view), raw);
   const Picture sheet = statistics_sheet(report, context, options.input);
-  write_file(options.output, container == Container::kPpm ? encode_ppm(sheet) : encode_png(sheet));
+  write_file(options.output, container == Container::ppm ? encode_ppm(sheet) : encode_png(sheet));
   if (options.output == "-") return;
   fmt::print("{}\n{}\n", report.exposure.text, report.white_balance.text);
 }

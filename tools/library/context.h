@@ -7,7 +7,7 @@
 
 namespace ppl::tool {
 
-enum class Tier { kNone, kP3, kSse2 };
+enum class Tier { none, p3, sse2 };
 
 const char *tier_name(Tier tier);
 

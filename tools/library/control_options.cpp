@@ -28,7 +28,7 @@ std::vector<std::string> ControlOptions::all() const {
 
 void ControlOptions::apply(PplContext *context) const {
   for (const std::string &assignment : all()) set_control(context, assignment);
-  if (tier == "sse2" && tier_of(context) != Tier::kSse2)
+  if (tier == "sse2" && tier_of(context) != Tier::sse2)
     throw Failure("the sse2 tier cannot run here: leave out --tier, or use --tier p3");
 }
 

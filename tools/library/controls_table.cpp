@@ -15,10 +15,10 @@ namespace {
 
 // Calls a setter with as many numbers as it takes. The numbers were held to the control's range
 // before, which lies inside the parameter's type.
-template <typename Context, typename... Parameters, size_t... kIndex>
+template <typename Context, typename... Parameters, size_t... index>
 uint8_t call_setter(uint8_t(PPL_CALL *setter)(Context *, Parameters...), PplContext *context,
-                    const int64_t *numbers, std::index_sequence<kIndex...>) {
-  return setter(context, static_cast<Parameters>(numbers[kIndex])...);
+                    const int64_t *numbers, std::index_sequence<index...>) {
+  return setter(context, static_cast<Parameters>(numbers[index])...);
 }
 
 template <typename Context, typename... Parameters>
@@ -27,42 +27,42 @@ uint8_t call_setter(uint8_t(PPL_CALL *setter)(Context *, Parameters...), PplCont
   return call_setter(setter, context, numbers, std::index_sequence_for<Parameters...>());
 }
 
-template <auto kSetter>
+template <auto setter>
 bool set(PplContext *context, const int64_t *numbers) {
-  return call_setter(kSetter, context, numbers) != 0;
+  return call_setter(setter, context, numbers) != 0;
 }
 
 // For setters whose result is 0 although they worked.
-template <auto kSetter>
+template <auto setter>
 bool set_without_result(PplContext *context, const int64_t *numbers) {
-  call_setter(kSetter, context, numbers);
+  call_setter(setter, context, numbers);
   return true;
 }
 
-template <auto... kGetters>
+template <auto... getters>
 void get(const PplContext *context, int64_t *numbers) {
-  ((*numbers++ = kGetters(context)), ...);
+  ((*numbers++ = getters(context)), ...);
 }
 
-template <auto kCopy>
+template <auto copy>
 bool copy_in(PplContext *context, const uint8_t *table) {
-  return kCopy(context, table) != 0;
+  return copy(context, table) != 0;
 }
 
-template <auto kCopy>
+template <auto copy>
 bool copy_in_without_result(PplContext *context, const uint8_t *table) {
-  kCopy(context, table);
+  copy(context, table);
   return true;
 }
 
-template <auto kTable>
+template <auto getter>
 void read_table(const PplContext *context, uint8_t *table) {
-  std::memcpy(table, kTable(context), 256);
+  std::memcpy(table, getter(context), 256);
 }
 
-template <auto kGet>
+template <auto getter>
 void copy_out(const PplContext *context, uint8_t *table) {
-  kGet(context, table);
+  getter(context, table);
 }
 
 // ---- Controls that fit no pattern ----
@@ -96,20 +96,20 @@ bool set_contrast_c(PplContext *context, const int64_t *numbers) {
 
 // ---- Rows of the table ----
 
-constexpr Range kAnyI32{std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()};
-constexpr Range kAnyU32{0, std::numeric_limits<uint32_t>::max()};
-constexpr Range kFlag{0, 1};
-constexpr Range kByte{0, 255};
-constexpr Range kGain{0, 2047};
-constexpr Range kQualsGain{0, 1023};
-constexpr Range kDelta{-32768, 32767};
-constexpr Range kWord{-32768, 32767};
+constexpr Range any_i32{std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()};
+constexpr Range any_u32{0, std::numeric_limits<uint32_t>::max()};
+constexpr Range flag{0, 1};
+constexpr Range byte{0, 255};
+constexpr Range gain{0, 2047};
+constexpr Range quals_gain{0, 1023};
+constexpr Range delta{-32768, 32767};
+constexpr Range word{-32768, 32767};
 // The kernels compare with one below the minimum and one above the maximum, in 16 bits.
-constexpr Range kDifferenceBand{-32767, 32766};
+constexpr Range difference_band{-32767, 32766};
 
-constexpr const char *kSampleUnit = "sample steps";
-constexpr const char *kFixed88Unit = "8.8 fixed point (256 = 1.0)";
-constexpr const char *kNoUnit = "-";
+constexpr const char *sample_unit = "sample steps";
+constexpr const char *fixed88_unit = "8.8 fixed point (256 = 1.0)";
+constexpr const char *no_unit = "-";
 
 using NumberSetter = bool (*)(PplContext *, const int64_t *);
 using NumberGetter = void (*)(const PplContext *, int64_t *);
@@ -124,7 +124,7 @@ class TableBuilder {
                    const char *unit, const char *text, std::vector<const char *> setters,
                    NumberSetter set, NumberGetter get) {
     rows_.push_back({family_, name, count, 0, 0, std::move(ranges), nullptr, initial, unit,
-                     unit == kFixed88Unit, text, std::move(setters), set, nullptr, get, nullptr});
+                     unit == fixed88_unit, text, std::move(setters), set, nullptr, get, nullptr});
     return rows_.back();
   }
 
@@ -140,7 +140,7 @@ class TableBuilder {
                      0,
                      bytes,
                      0,
-                     {kByte},
+                     {byte},
                      nullptr,
                      initial,
                      "bytes",
@@ -172,7 +172,7 @@ std::vector<Control> build_table() {
             {"ppl_set_decimation"}, set<ppl_set_decimation>,
             get<ppl_decimation, ppl_decimation_top_black_lines, ppl_decimation_bottom_black_lines>)
       .optional_numbers = 2;
-  t.number("P3_only", kFlag, "0", "flag", "run the P3 tier even where the processor has SSE2",
+  t.number("P3_only", flag, "0", "flag", "run the P3 tier even where the processor has SSE2",
            "ppl_set_P3_only", set<ppl_set_P3_only>, get<ppl_P3_only>);
 
   t.family("Sensor and front end");
@@ -181,33 +181,33 @@ std::vector<Control> build_table() {
            "ppl_set_sensor_type", set<ppl_set_sensor_type>, get<ppl_sensor_type>)
       .range_text = "22356, 22856, 4347471 or 122965837";
   t.number(
-      "quality", {0, 14}, "3", kNoUnit,
+      "quality", {0, 14}, "3", no_unit,
       "the pipeline: 3 and 13 single pass; 0, 1, 2, 10, 11, 12, 14 chains with interpolation and "
       "edge enhancement; 4 and 9 grey copy; 5 to 8 nothing",
       "ppl_set_quality", set<ppl_set_quality>, get<ppl_quality>);
-  t.number("mean_collection", kFlag, "1", "flag", "gather statistics", "ppl_set_mean_collection",
+  t.number("mean_collection", flag, "1", "flag", "gather statistics", "ppl_set_mean_collection",
            set<ppl_set_mean_collection>, get<ppl_mean_collection>);
-  t.numbers("optical_black_b_gb_gr_r", 4, {kByte}, "0,0,0,0", kSampleUnit,
+  t.numbers("optical_black_b_gb_gr_r", 4, {byte}, "0,0,0,0", sample_unit,
             "black level of the four mosaic positions, subtracted first",
             {"ppl_set_optical_black_b_gb_gr_r"}, set<ppl_set_optical_black_b_gb_gr_r>,
             get_optical_black);
-  t.numbers("rgb_delta", 3, {kDelta}, "0,0,0", kSampleUnit,
+  t.numbers("rgb_delta", 3, {delta}, "0,0,0", sample_unit,
             "offsets of red, green and blue after the gain", {"ppl_set_rgb_delta"},
             set<ppl_set_rgb_delta>, get<ppl_r_delta, ppl_g_delta, ppl_b_delta>);
-  t.number("r_delta", kDelta, "0", kSampleUnit, "offset of red alone", "ppl_set_r_delta",
+  t.number("r_delta", delta, "0", sample_unit, "offset of red alone", "ppl_set_r_delta",
            set<ppl_set_r_delta>, get<ppl_r_delta>);
-  t.number("g_delta", kDelta, "0", kSampleUnit, "offset of green alone", "ppl_set_g_delta",
+  t.number("g_delta", delta, "0", sample_unit, "offset of green alone", "ppl_set_g_delta",
            set<ppl_set_g_delta>, get<ppl_g_delta>);
-  t.number("b_delta", kDelta, "0", kSampleUnit, "offset of blue alone", "ppl_set_b_delta",
+  t.number("b_delta", delta, "0", sample_unit, "offset of blue alone", "ppl_set_b_delta",
            set<ppl_set_b_delta>, get<ppl_b_delta>);
-  t.numbers("rgb_gain", 3, {kGain}, "256,256,256", kFixed88Unit,
+  t.numbers("rgb_gain", 3, {gain}, "256,256,256", fixed88_unit,
             "gains of red, green and blue; the lowest 3 bits have no effect", {"ppl_set_rgb_gain"},
             set<ppl_set_rgb_gain>, get<ppl_nf88_r_gain, ppl_nf88_g_gain, ppl_nf88_b_gain>);
-  t.number("nf88_r_gain", kGain, "256", kFixed88Unit, "gain of red alone", "ppl_set_r_gain",
+  t.number("nf88_r_gain", gain, "256", fixed88_unit, "gain of red alone", "ppl_set_r_gain",
            set<ppl_set_r_gain>, get<ppl_nf88_r_gain>);
-  t.number("nf88_g_gain", kGain, "256", kFixed88Unit, "gain of green alone", "ppl_set_g_gain",
+  t.number("nf88_g_gain", gain, "256", fixed88_unit, "gain of green alone", "ppl_set_g_gain",
            set<ppl_set_g_gain>, get<ppl_nf88_g_gain>);
-  t.number("nf88_b_gain", kGain, "256", kFixed88Unit, "gain of blue alone", "ppl_set_b_gain",
+  t.number("nf88_b_gain", gain, "256", fixed88_unit, "gain of blue alone", "ppl_set_b_gain",
            set<ppl_set_b_gain>, get<ppl_nf88_b_gain>);
   t.table("r_dekneel_table", 256, "identity", "stored for the caller; no frame depends on it",
           "ppl_copy_r_dekneel_table", copy_in_without_result<ppl_copy_r_dekneel_table>,
@@ -218,44 +218,44 @@ std::vector<Control> build_table() {
   t.table("b_dekneel_table", 256, "identity", "stored for the caller; no frame depends on it",
           "ppl_copy_b_dekneel_table", copy_in_without_result<ppl_copy_b_dekneel_table>,
           read_table<ppl_b_dekneel_table>);
-  t.numbers("sensor_matrix", 18, {kAnyI32},
-            "177,88,-9,24,232,-1,29,62,166,410,-57,-97,-98,423,-71,-84,-143,486", kFixed88Unit,
+  t.numbers("sensor_matrix", 18, {any_i32},
+            "177,88,-9,24,232,-1,29,62,166,410,-57,-97,-98,423,-71,-84,-143,486", fixed88_unit,
             "two colour matrices by rows R, G, B, the first for grey and the second for strongly "
             "coloured "
             "pixels",
             {"ppl_copy_sensor_matrix"}, set_sensor_matrix, get_sensor_matrix);
-  t.number("sensor_matrix_index_upper_bound", kAnyI32, "12", kSampleUnit,
+  t.number("sensor_matrix_index_upper_bound", any_i32, "12", sample_unit,
            "colour difference at which the second matrix is reached; 0 acts as 1",
            "ppl_set_sensor_matrix_index_upper_bound", set<ppl_set_sensor_matrix_index_upper_bound>,
            get<ppl_sensor_matrix_index_upper_bound>);
-  t.number("h_mirror", kFlag, "0", "flag", "mirror the picture left to right", "ppl_set_h_mirror",
+  t.number("h_mirror", flag, "0", "flag", "mirror the picture left to right", "ppl_set_h_mirror",
            set<ppl_set_h_mirror>, get<ppl_h_mirror>);
-  t.number("v_mirror", kFlag, "0", "flag", "mirror the picture top to bottom", "ppl_set_v_mirror",
+  t.number("v_mirror", flag, "0", "flag", "mirror the picture top to bottom", "ppl_set_v_mirror",
            set<ppl_set_v_mirror>, get<ppl_v_mirror>);
 
   t.family("Filters");
-  t.numbers("medium_filter_enabled", 1, {kFlag}, "0", "flag",
+  t.numbers("medium_filter_enabled", 1, {flag}, "0", "flag",
             "repair hot and dead pixels (qualities 0, 1 and 2)",
             {"ppl_enable_medium_filter", "ppl_disable_medium_filter"}, set_medium_filter_enabled,
             get<ppl_medium_filter_enabled>);
-  t.number("medium_filter_diff_threshold", kAnyI32, "24", kSampleUnit,
+  t.number("medium_filter_diff_threshold", any_i32, "24", sample_unit,
            "stored for the caller; no frame depends on it", "ppl_set_medium_filter_diff_threshold",
            set<ppl_set_medium_filter_diff_threshold>, get<ppl_medium_filter_diff_threshold>);
-  t.number("medium_filter_hot_pixel_threshold", kWord, "240", kSampleUnit,
+  t.number("medium_filter_hot_pixel_threshold", word, "240", sample_unit,
            "from this level on a pixel may be hot", "ppl_set_medium_filter_hot_pixel_threshold",
            set<ppl_set_medium_filter_hot_pixel_threshold>,
            get<ppl_medium_filter_hot_pixel_threshold>);
-  t.number("medium_filter_dead_pixel_threshold", kWord, "16", kSampleUnit,
+  t.number("medium_filter_dead_pixel_threshold", word, "16", sample_unit,
            "up to this level a pixel may be dead", "ppl_set_medium_filter_dead_pixel_threshold",
            set<ppl_set_medium_filter_dead_pixel_threshold>,
            get<ppl_medium_filter_dead_pixel_threshold>);
-  constexpr Range kPercentage{-65536, 65535};
-  t.number("nf88_medium_filter_hot_pixel_threshold_percentage", kPercentage, "80", kFixed88Unit,
+  constexpr Range percentage{-65536, 65535};
+  t.number("nf88_medium_filter_hot_pixel_threshold_percentage", percentage, "80", fixed88_unit,
            "share by which a hot pixel stands above its neighbours",
            "ppl_set_nf88_medium_filter_hot_pixel_threshold_percentage",
            set<ppl_set_nf88_medium_filter_hot_pixel_threshold_percentage>,
            get<ppl_nf88_medium_filter_hot_pixel_threshold_percentage>);
-  t.number("nf88_medium_filter_dead_pixel_threshold_percentage", kPercentage, "48", kFixed88Unit,
+  t.number("nf88_medium_filter_dead_pixel_threshold_percentage", percentage, "48", fixed88_unit,
            "share by which a dead pixel stands below its neighbours",
            "ppl_set_nf88_medium_filter_dead_pixel_threshold_percentage",
            set<ppl_set_nf88_medium_filter_dead_pixel_threshold_percentage>,
@@ -266,7 +266,7 @@ std::vector<Control> build_table() {
   t.number("edge_threshold2", {0, 1530}, "1530", "sum of sample steps",
            "summed difference up to which edges are enhanced", "ppl_set_edge_threshold2",
            set<ppl_set_edge_threshold2>, get<ppl_edge_threshold2>);
-  t.number("nf88_edge_enhance_factor", {0, 256}, "32", kFixed88Unit,
+  t.number("nf88_edge_enhance_factor", {0, 256}, "32", fixed88_unit,
            "strength of the edge enhancement", "ppl_set_nf88_edge_enhance_factor",
            set<ppl_set_nf88_edge_enhance_factor>, get<ppl_nf88_edge_enhance_factor>);
   t.number("noise_filter_G_12T_threshold", {0, 3060}, "60", "sum of sample steps",
@@ -278,10 +278,10 @@ std::vector<Control> build_table() {
   t.number("noise_filter_B_8T_threshold", {0, 2040}, "40", "sum of sample steps",
            "stored for the caller; no frame depends on it", "ppl_set_noise_filter_B_8T_threshold",
            set<ppl_set_noise_filter_B_8T_threshold>, get<ppl_noise_filter_B_8T_threshold>);
-  t.number("CFA_T0_threshold", {0, 255}, "10", kSampleUnit,
+  t.number("CFA_T0_threshold", {0, 255}, "10", sample_unit,
            "largest green difference in a flat cell (qualities 10 and 11)",
            "ppl_set_CFA_T0_threshold", set<ppl_set_CFA_T0_threshold>, get<ppl_CFA_T0_threshold>);
-  t.number("CFA_T1_threshold", {0, 63}, "15", kSampleUnit,
+  t.number("CFA_T1_threshold", {0, 63}, "15", sample_unit,
            "difference that steers the interpolation of green (chains)", "ppl_set_CFA_T1_threshold",
            set<ppl_set_CFA_T1_threshold>, get<ppl_CFA_T1_threshold>);
   t.number("intl_3T_threshold", {0, 765}, "50", "sum of sample steps",
@@ -308,9 +308,9 @@ std::vector<Control> build_table() {
           copy_out<ppl_get_gamma_tables65x256_16_235>);
 
   t.family("Contrast");
-  t.number("contrast_c", {-127, 127}, "0", kNoUnit, "contrast: the curve and the gain of luma",
+  t.number("contrast_c", {-127, 127}, "0", no_unit, "contrast: the curve and the gain of luma",
            "ppl_set_contrast_c", set_contrast_c, nullptr);
-  t.numbers("contrast_xy", 2, {{0, 127}, kAnyU32}, "0,0", kSampleUnit,
+  t.numbers("contrast_xy", 2, {{0, 127}, any_u32}, "0,0", sample_unit,
             "anchors of the contrast curve alone, which serves quality 13", {"ppl_set_contrast_xy"},
             set<ppl_set_contrast_xy>, nullptr);
   t.table("contrast_table", 256, "identity", "the contrast curve itself, which serves quality 13",
@@ -318,58 +318,57 @@ std::vector<Control> build_table() {
           read_table<ppl_contrast_table>);
 
   t.family("Saturation and hue");
-  t.numbers("sat_hue", 2, {{0, 512}, kAnyI32}, "256,0", "8.8 fixed point, degrees",
+  t.numbers("sat_hue", 2, {{0, 512}, any_i32}, "256,0", "8.8 fixed point, degrees",
             "saturation and hue together", {"ppl_set_sat_hue"}, set<ppl_set_sat_hue>,
             get<ppl_nf88_sat, ppl_hue_degree>);
-  t.number("nf88_sat", {0, 512}, "256", kFixed88Unit, "saturation; 0 is grey", "ppl_set_sat",
+  t.number("nf88_sat", {0, 512}, "256", fixed88_unit, "saturation; 0 is grey", "ppl_set_sat",
            set<ppl_set_sat>, get<ppl_nf88_sat>);
-  t.number("hue_degree", kAnyI32, "0", "degrees", "turns all colours", "ppl_set_hue",
+  t.number("hue_degree", any_i32, "0", "degrees", "turns all colours", "ppl_set_hue",
            set<ppl_set_hue>, get<ppl_hue_degree>);
 
   t.family("Statistics bands");
-  t.numbers("qual_BmGb", 2, {kDifferenceBand}, "-25,25", kSampleUnit,
+  t.numbers("qual_BmGb", 2, {difference_band}, "-25,25", sample_unit,
             "min,max of B - Gb for a cell that qualifies as near grey",
             {"ppl_set_qual_BmGb_min_max"}, set<ppl_set_qual_BmGb_min_max>,
             get<ppl_qual_BmGb_min, ppl_qual_BmGb_max>);
-  t.numbers("qual_GrmR", 2, {kDifferenceBand}, "-25,25", kSampleUnit, "min,max of Gr - R",
+  t.numbers("qual_GrmR", 2, {difference_band}, "-25,25", sample_unit, "min,max of Gr - R",
             {"ppl_set_qual_GrmR_min_max"}, set<ppl_set_qual_GrmR_min_max>,
             get<ppl_qual_GrmR_min, ppl_qual_GrmR_max>);
-  t.numbers("qual_BmGb_p_GrmR", 2, {kDifferenceBand}, "-30,30", kSampleUnit,
+  t.numbers("qual_BmGb_p_GrmR", 2, {difference_band}, "-30,30", sample_unit,
             "min,max of the sum of both differences", {"ppl_set_qual_BmGb_p_GrmR_min_max"},
             set<ppl_set_qual_BmGb_p_GrmR_min_max>,
             get<ppl_qual_BmGb_p_GrmR_min, ppl_qual_BmGb_p_GrmR_max>);
-  t.numbers("qual_BmGb_m_GrmR", 2, {kDifferenceBand}, "-30,30", kSampleUnit,
+  t.numbers("qual_BmGb_m_GrmR", 2, {difference_band}, "-30,30", sample_unit,
             "min,max of the difference of both differences", {"ppl_set_qual_BmGb_m_GrmR_min_max"},
             set<ppl_set_qual_BmGb_m_GrmR_min_max>,
             get<ppl_qual_BmGb_m_GrmR_min, ppl_qual_BmGb_m_GrmR_max>);
-  t.numbers("qual_R", 2, {kByte}, "0,255", kSampleUnit, "min,max of red",
-            {"ppl_set_qual_R_min_max"}, set<ppl_set_qual_R_min_max>,
-            get<ppl_qual_R_min, ppl_qual_R_max>);
-  t.numbers("qual_G", 2, {kByte}, "0,255", kSampleUnit, "min,max of green",
+  t.numbers("qual_R", 2, {byte}, "0,255", sample_unit, "min,max of red", {"ppl_set_qual_R_min_max"},
+            set<ppl_set_qual_R_min_max>, get<ppl_qual_R_min, ppl_qual_R_max>);
+  t.numbers("qual_G", 2, {byte}, "0,255", sample_unit, "min,max of green",
             {"ppl_set_qual_G_min_max"}, set<ppl_set_qual_G_min_max>,
             get<ppl_qual_G_min, ppl_qual_G_max>);
-  t.numbers("qual_B", 2, {kByte}, "0,255", kSampleUnit, "min,max of blue",
+  t.numbers("qual_B", 2, {byte}, "0,255", sample_unit, "min,max of blue",
             {"ppl_set_qual_B_min_max"}, set<ppl_set_qual_B_min_max>,
             get<ppl_qual_B_min, ppl_qual_B_max>);
-  t.numbers("qual_RGB", 6, {kByte}, "0,255,0,255,0,255", kSampleUnit,
+  t.numbers("qual_RGB", 6, {byte}, "0,255,0,255,0,255", sample_unit,
             "min,max of red, green and blue", {"ppl_set_qual_RGB_min_max"},
             set<ppl_set_qual_RGB_min_max>,
             get<ppl_qual_R_min, ppl_qual_R_max, ppl_qual_G_min, ppl_qual_G_max, ppl_qual_B_min,
                 ppl_qual_B_max>);
-  t.numbers("qAE_RGB", 2, {kByte}, "0,255", kSampleUnit,
+  t.numbers("qAE_RGB", 2, {byte}, "0,255", sample_unit,
             "min,max of all channels for the exposure means", {"ppl_set_qAE_RGB_min_max"},
             set<ppl_set_qAE_RGB_min_max>, get<ppl_qAE_RGB_min, ppl_qAE_RGB_max>);
-  t.numbers("quals_rgb_gain", 3, {kQualsGain}, "256,256,256", kFixed88Unit,
+  t.numbers("quals_rgb_gain", 3, {quals_gain}, "256,256,256", fixed88_unit,
             "stored for the caller; no frame depends on them", {"ppl_set_quals_rgb_gain"},
             set_without_result<ppl_set_quals_rgb_gain>,
             get<ppl_nf88_quals_r_gain, ppl_nf88_quals_g_gain, ppl_nf88_quals_b_gain>);
-  t.number("nf88_quals_r_gain", kQualsGain, "256", kFixed88Unit,
+  t.number("nf88_quals_r_gain", quals_gain, "256", fixed88_unit,
            "stored for the caller; no frame depends on it", "ppl_set_quals_r_gain",
            set_without_result<ppl_set_quals_r_gain>, get<ppl_nf88_quals_r_gain>);
-  t.number("nf88_quals_g_gain", kQualsGain, "256", kFixed88Unit,
+  t.number("nf88_quals_g_gain", quals_gain, "256", fixed88_unit,
            "stored for the caller; no frame depends on it", "ppl_set_quals_g_gain",
            set_without_result<ppl_set_quals_g_gain>, get<ppl_nf88_quals_g_gain>);
-  t.number("nf88_quals_b_gain", kQualsGain, "256", kFixed88Unit,
+  t.number("nf88_quals_b_gain", quals_gain, "256", fixed88_unit,
            "stored for the caller; no frame depends on it", "ppl_set_quals_b_gain",
            set_without_result<ppl_set_quals_b_gain>, get<ppl_nf88_quals_b_gain>);
   return t.take();
@@ -383,8 +382,8 @@ std::string Control::range_in_words() const {
   std::string words;
   for (const Range &r : ranges) {
     if (!words.empty()) words += ", ";
-    words += r.low == kAnyI32.low && r.high == kAnyI32.high ? "any 32-bit number"
-             : r.low == kAnyU32.low && r.high == kAnyU32.high
+    words += r.low == any_i32.low && r.high == any_i32.high ? "any 32-bit number"
+             : r.low == any_u32.low && r.high == any_u32.high
                  ? "0 to 4294967295"
                  : fmt::format("{} to {}", r.low, r.high);
   }

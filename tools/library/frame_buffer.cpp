@@ -19,9 +19,9 @@ Size output_size(const PplContext *context, Size input) {
 }  // namespace
 
 FrameBuffer::FrameBuffer(size_t bytes) {
-  constexpr size_t kAlignment = 64, kRoomBehind = 4096;
-  const size_t rounded = (bytes + kRoomBehind + kAlignment - 1) / kAlignment * kAlignment;
-  memory_.reset(static_cast<uint8_t *>(std::aligned_alloc(kAlignment, rounded)));
+  constexpr size_t alignment = 64, room_behind = 4096;
+  const size_t rounded = (bytes + room_behind + alignment - 1) / alignment * alignment;
+  memory_.reset(static_cast<uint8_t *>(std::aligned_alloc(alignment, rounded)));
   if (!memory_) throw std::bad_alloc();
   std::memset(data(), 0, rounded);
 }
@@ -38,17 +38,17 @@ void OutputFrame::fill_black() {
   const size_t pixels = static_cast<size_t>(size_.width) * size_.height;
   uint8_t *out = data();
   switch (format_) {
-    case Format::kI420:
+    case Format::i420:
       std::memset(out, 16, pixels);
       std::memset(out + pixels, 128, bytes - pixels);
       break;
-    case Format::kYuyv:
-    case Format::kUyvy:
+    case Format::yuyv:
+    case Format::uyvy:
       for (size_t i = 0; i < bytes; ++i)
-        out[i] = (i % 2 == 0) == (format_ == Format::kYuyv) ? 16 : 128;
+        out[i] = (i % 2 == 0) == (format_ == Format::yuyv) ? 16 : 128;
       break;
-    case Format::kRgb24:
-    case Format::kRgb32:
+    case Format::rgb24:
+    case Format::rgb32:
       std::memset(out, 0, bytes);
       break;
   }

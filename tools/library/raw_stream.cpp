@@ -20,21 +20,21 @@ struct Functions {
   Driver driver;
 };
 
-constexpr Functions kFunctions[] = {
-    {Format::kI420, BaylorToI420MMX, BaylorToI420MMX_deci_2_1, BaylorToI420MMX_intp_1_2,
+constexpr Functions all_functions[] = {
+    {Format::i420, BaylorToI420MMX, BaylorToI420MMX_deci_2_1, BaylorToI420MMX_intp_1_2,
      ppl_process_blrtoi420},
-    {Format::kYuyv, BaylorToYUYVMMX, BaylorToYUYVMMX_deci_2_1, BaylorToYUYVMMX_intp_1_2,
+    {Format::yuyv, BaylorToYUYVMMX, BaylorToYUYVMMX_deci_2_1, BaylorToYUYVMMX_intp_1_2,
      ppl_process_blrtoyuyv},
-    {Format::kUyvy, BaylorToUYVYMMX, BaylorToUYVYMMX_deci_2_1, BaylorToUYVYMMX_intp_1_2,
+    {Format::uyvy, BaylorToUYVYMMX, BaylorToUYVYMMX_deci_2_1, BaylorToUYVYMMX_intp_1_2,
      ppl_process_blrtouyvy},
-    {Format::kRgb24, BaylorToRGB24MMX, BaylorToRGB24MMX_deci_2_1, BaylorToRGB24MMX_intp_1_2,
+    {Format::rgb24, BaylorToRGB24MMX, BaylorToRGB24MMX_deci_2_1, BaylorToRGB24MMX_intp_1_2,
      ppl_process_blrtorgb24},
-    {Format::kRgb32, BaylorToRGB32MMX, BaylorToRGB32MMX_deci_2_1, BaylorToRGB32MMX_intp_1_2,
+    {Format::rgb32, BaylorToRGB32MMX, BaylorToRGB32MMX_deci_2_1, BaylorToRGB32MMX_intp_1_2,
      ppl_process_blrtorgb32},
 };
 
 const Functions &functions_of(Format format) {
-  return *std::find_if(std::begin(kFunctions), std::end(kFunctions),
+  return *std::find_if(std::begin(all_functions), std::end(all_functions),
                        [&](const Functions &f) { return f.format == format; });
 }
 

@@ -25,17 +25,15 @@ struct Functions {
   Interlaced motion, no_motion;
 };
 
-constexpr Functions kFunctions[] = {
-    {Format::kYuyv, Format::kI420, YUYVToI420MMX, IntlYUYVToI420MMX, IntlYUYVToI420MMX_no_motion},
-    {Format::kYuyv, Format::kRgb24, YUYVToRGB24MMX, IntlYUYVToRGB24MMX,
-     IntlYUYVToRGB24MMX_no_motion},
-    {Format::kYuyv, Format::kYuyv, nullptr, IntlYUYVToYUYVMMX, IntlYUYVToYUYVMMX_no_motion},
-    {Format::kYuyv, Format::kUyvy, nullptr, IntlYUYVToUYVYMMX, nullptr},
-    {Format::kUyvy, Format::kI420, UYVYToI420MMX, IntlUYVYToI420MMX, IntlUYVYToI420MMX_no_motion},
-    {Format::kUyvy, Format::kRgb24, UYVYToRGB24MMX, IntlUYVYToRGB24MMX,
-     IntlUYVYToRGB24MMX_no_motion},
-    {Format::kUyvy, Format::kUyvy, nullptr, IntlUYVYToUYVYMMX, IntlUYVYToUYVYMMX_no_motion},
-    {Format::kUyvy, Format::kYuyv, nullptr, IntlUYVYToYUYVMMX, nullptr},
+constexpr Functions all_functions[] = {
+    {Format::yuyv, Format::i420, YUYVToI420MMX, IntlYUYVToI420MMX, IntlYUYVToI420MMX_no_motion},
+    {Format::yuyv, Format::rgb24, YUYVToRGB24MMX, IntlYUYVToRGB24MMX, IntlYUYVToRGB24MMX_no_motion},
+    {Format::yuyv, Format::yuyv, nullptr, IntlYUYVToYUYVMMX, IntlYUYVToYUYVMMX_no_motion},
+    {Format::yuyv, Format::uyvy, nullptr, IntlYUYVToUYVYMMX, nullptr},
+    {Format::uyvy, Format::i420, UYVYToI420MMX, IntlUYVYToI420MMX, IntlUYVYToI420MMX_no_motion},
+    {Format::uyvy, Format::rgb24, UYVYToRGB24MMX, IntlUYVYToRGB24MMX, IntlUYVYToRGB24MMX_no_motion},
+    {Format::uyvy, Format::uyvy, nullptr, IntlUYVYToUYVYMMX, IntlUYVYToUYVYMMX_no_motion},
+    {Format::uyvy, Format::yuyv, nullptr, IntlUYVYToYUYVMMX, nullptr},
 };
 
 Interlaced interlaced_function(const Functions &functions, const VideoConversion &conversion) {
@@ -48,12 +46,12 @@ bool exists(const Functions &functions, const VideoConversion &conversion) {
 }
 
 const Functions *find_functions(const VideoConversion &conversion) {
-  const auto *found =
-      std::find_if(std::begin(kFunctions), std::end(kFunctions), [&](const Functions &functions) {
+  const auto *found = std::find_if(
+      std::begin(all_functions), std::end(all_functions), [&](const Functions &functions) {
         return functions.from == conversion.from && functions.to == conversion.to &&
                exists(functions, conversion);
       });
-  return found == std::end(kFunctions) ? nullptr : found;
+  return found == std::end(all_functions) ? nullptr : found;
 }
 
 std::string targets_of(VideoConversion conversion) {
@@ -86,7 +84,7 @@ void require_conversion(const PplContext *context, const VideoConversion &conver
     throw Failure(
         "interlaced video is doubled with the motion test only: leave out --no-motion-test");
   const bool mirrors = ppl_h_mirror(context) || ppl_v_mirror(context);
-  if (mirrors && (conversion.interlaced || conversion.to != Format::kI420))
+  if (mirrors && (conversion.interlaced || conversion.to != Format::i420))
     throw Failure(fmt::format("{} is not mirrored on its way to {}: leave out the mirror",
                               description(conversion), format_name(conversion.to)));
 }
@@ -121,8 +119,8 @@ FrameView VideoRunner::run() {
     std::swap(reference_, second_);
     has_reference_ = true;
     if (ppl_decimation(context_) == 0)
-      view.scan = ppl_decimation_top_black_lines(context_) % 2 == 0 ? Scan::kEvenLinesFirst
-                                                                    : Scan::kOddLinesFirst;
+      view.scan = ppl_decimation_top_black_lines(context_) % 2 == 0 ? Scan::even_lines_first
+                                                                    : Scan::odd_lines_first;
   } else {
     done = functions.progressive(context_, first(), out_.data(), input_.width, input_.height,
                                  out.width, out.height);

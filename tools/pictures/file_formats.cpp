@@ -58,10 +58,10 @@ Bytes y4m_header(Format format, Size size, Scan scan) {
     throw Failure(
         fmt::format("a .y4m file holds Y, U, V and not {}: use --format i420, yuyv or uyvy",
                     format_name(format)));
-  const char letter = scan == Scan::kProgressive ? 'p' : scan == Scan::kEvenLinesFirst ? 't' : 'b';
+  const char letter = scan == Scan::progressive ? 'p' : scan == Scan::even_lines_first ? 't' : 'b';
   return to_bytes(fmt::format("YUV4MPEG2 W{} H{} F30:1 I{} A1:1 {} XCOLORRANGE=LIMITED\n",
                               size.width & ~1u, size.height & ~1u, letter,
-                              format == Format::kI420 ? "C420jpeg" : "C422"));
+                              format == Format::i420 ? "C420jpeg" : "C422"));
 }
 
 Bytes y4m_frame(const FrameView &frame) {
@@ -69,7 +69,7 @@ Bytes y4m_frame(const FrameView &frame) {
   const uint32_t width = stride & ~1u, height = frame.size.height & ~1u;
   Bytes bytes = to_bytes("FRAME\n");
   bytes.reserve(bytes.size() + 2 * static_cast<size_t>(width) * height);
-  if (frame.format == Format::kI420) {
+  if (frame.format == Format::i420) {
     const auto add_plane = [&](const uint8_t *plane, uint32_t plane_stride, uint32_t columns,
                                uint32_t lines) {
       for (uint32_t y = 0; y < lines; ++y, plane += plane_stride)
@@ -82,7 +82,7 @@ Bytes y4m_frame(const FrameView &frame) {
     return bytes;
   }
   // Packed pairs: luma at y0 and y0 + 2, U and V at the two other places.
-  const size_t y0 = frame.format == Format::kYuyv ? 0 : 1, u = 1 - y0;
+  const size_t y0 = frame.format == Format::yuyv ? 0 : 1, u = 1 - y0;
   const auto add_samples = [&](size_t first, size_t step) {
     for (uint32_t y = 0; y < height; ++y) {
       const uint8_t *line = frame.data + 2 * static_cast<size_t>(stride) * y;

@@ -22,7 +22,7 @@ Picture read_png(const std::string &path);
 // The stream header, and one frame with its own header. I420 becomes C420jpeg (a chroma sample
 // stands in the middle of its four pixels), YUYV and UYVY become C422. The last column or line of
 // an odd frame is left out. Throws Failure for RGB frames, which the format does not hold.
-Bytes y4m_header(Format format, Size size, Scan scan = Scan::kProgressive);
+Bytes y4m_header(Format format, Size size, Scan scan = Scan::progressive);
 Bytes y4m_frame(const FrameView &frame);
 
 }  // namespace ppl::tool

@@ -7,7 +7,7 @@
 namespace ppl::tool {
 namespace {
 
-constexpr uint32_t kWindow = 11;
+constexpr uint32_t window_side = 11;
 
 // The compared region of a picture, moved by a shift.
 struct Region {
@@ -19,11 +19,11 @@ struct Region {
       : picture(whole),
         shift_x(x),
         shift_y(y),
-        size{whole.size.width - 2 * kMetricBorder, whole.size.height - 2 * kMetricBorder} {}
+        size{whole.size.width - 2 * metric_border, whole.size.height - 2 * metric_border} {}
 
   const uint8_t *pixel(uint32_t x, uint32_t y) const {
     const auto moved = [](uint32_t n, int shift) {
-      return static_cast<uint32_t>(static_cast<int>(n + kMetricBorder) + shift);
+      return static_cast<uint32_t>(static_cast<int>(n + metric_border) + shift);
     };
     return picture.pixel(moved(x, shift_x), moved(y, shift_y));
   }
@@ -83,11 +83,11 @@ double psnr_luma(const Plane &a, const Plane &b) {
   return decibels(sum / static_cast<double>(a.values.size()));
 }
 
-std::array<double, kWindow> gaussian() {
-  std::array<double, kWindow> weights;
+std::array<double, window_side> gaussian() {
+  std::array<double, window_side> weights;
   double sum = 0;
-  for (uint32_t i = 0; i < kWindow; ++i) {
-    const double distance = static_cast<double>(i) - kWindow / 2;
+  for (uint32_t i = 0; i < window_side; ++i) {
+    const double distance = static_cast<double>(i) - window_side / 2;
     sum += weights[i] = std::exp(-distance * distance / (2 * 1.5 * 1.5));
   }
   for (double &weight : weights) weight /= sum;
@@ -96,20 +96,20 @@ std::array<double, kWindow> gaussian() {
 
 // Weighed means of all windows that lie wholly inside.
 Plane window_means(const Plane &plane) {
-  static const std::array<double, kWindow> weights = gaussian();
-  Plane lines({plane.size.width - (kWindow - 1), plane.size.height});
+  static const std::array<double, window_side> weights = gaussian();
+  Plane lines({plane.size.width - (window_side - 1), plane.size.height});
   for (uint32_t y = 0; y < lines.size.height; ++y)
     for (uint32_t x = 0; x < lines.size.width; ++x)
-      for (uint32_t i = 0; i < kWindow; ++i) lines.at(x, y) += weights[i] * plane.at(x + i, y);
-  Plane means({lines.size.width, lines.size.height - (kWindow - 1)});
+      for (uint32_t i = 0; i < window_side; ++i) lines.at(x, y) += weights[i] * plane.at(x + i, y);
+  Plane means({lines.size.width, lines.size.height - (window_side - 1)});
   for (uint32_t y = 0; y < means.size.height; ++y)
     for (uint32_t x = 0; x < means.size.width; ++x)
-      for (uint32_t i = 0; i < kWindow; ++i) means.at(x, y) += weights[i] * lines.at(x, y + i);
+      for (uint32_t i = 0; i < window_side; ++i) means.at(x, y) += weights[i] * lines.at(x, y + i);
   return means;
 }
 
 double ssim(const Plane &a, const Plane &b) {
-  constexpr double kC1 = 0.01 * 255 * 0.01 * 255, kC2 = 0.03 * 255 * 0.03 * 255;
+  constexpr double c1 = 0.01 * 255 * 0.01 * 255, c2 = 0.03 * 255 * 0.03 * 255;
   const Plane mean_a = window_means(a), mean_b = window_means(b);
   const Plane square_a = window_means(product(a, a)), square_b = window_means(product(b, b)),
               mixed = window_means(product(a, b));
@@ -118,7 +118,7 @@ double ssim(const Plane &a, const Plane &b) {
     const double m = mean_a.values[i], n = mean_b.values[i];
     const double variances = square_a.values[i] - m * m + square_b.values[i] - n * n;
     const double covariance = mixed.values[i] - m * n;
-    sum += (2 * m * n + kC1) * (2 * covariance + kC2) / ((m * m + n * n + kC1) * (variances + kC2));
+    sum += (2 * m * n + c1) * (2 * covariance + c2) / ((m * m + n * n + c1) * (variances + c2));
   }
   return sum / static_cast<double>(mean_a.values.size());
 }
@@ -126,7 +126,8 @@ double ssim(const Plane &a, const Plane &b) {
 }  // namespace
 
 bool comparable(Size size) {
-  return size.width >= 2 * kMetricBorder + kWindow && size.height >= 2 * kMetricBorder + kWindow;
+  return size.width >= 2 * metric_border + window_side &&
+         size.height >= 2 * metric_border + window_side;
 }
 
 Closeness closeness(const Picture &picture, const Picture &truth) {
@@ -134,9 +135,9 @@ Closeness closeness(const Picture &picture, const Picture &truth) {
   Closeness best;
   best.psnr_rgb = -1;
   // No shift comes first, so that it wins where others are as good.
-  constexpr int kShifts[] = {0, -1, 1};
-  for (const int y : kShifts) {
-    for (const int x : kShifts) {
+  constexpr int shifts[] = {0, -1, 1};
+  for (const int y : shifts) {
+    for (const int x : shifts) {
       const double psnr = psnr_rgb(Region(picture, x, y), goal);
       if (psnr > best.psnr_rgb) best = {psnr, 0, 0, x, y};
     }

@@ -13,7 +13,7 @@ struct Closeness {
 };
 
 // Pixels at each side that are not compared. They make room for the shifts, too.
-constexpr uint32_t kMetricBorder = 8;
+inline constexpr uint32_t metric_border = 8;
 
 // Whether the picture is large enough to be compared.
 bool comparable(Size size);

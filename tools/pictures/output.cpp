@@ -36,7 +36,7 @@ std::optional<NumberPlace> number_place(const std::string &name) {
 }
 
 bool one_picture_only(Container container) {
-  return container == Container::kPng || container == Container::kPpm;
+  return container == Container::png || container == Container::ppm;
 }
 
 std::string numbered_name(const std::string &name, uint64_t number) {
@@ -50,21 +50,21 @@ std::string numbered_name(const std::string &name, uint64_t number) {
 
 Container container_of(const std::string &path) {
   const size_t dot = path.find_last_of("./");
-  if (dot == std::string::npos || path[dot] != '.') return Container::kRaw;
+  if (dot == std::string::npos || path[dot] != '.') return Container::raw;
   std::string extension = path.substr(dot + 1);
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  if (extension == "png") return Container::kPng;
-  if (extension == "ppm") return Container::kPpm;
-  if (extension == "y4m") return Container::kY4m;
-  return Container::kRaw;
+  if (extension == "png") return Container::png;
+  if (extension == "ppm") return Container::ppm;
+  if (extension == "y4m") return Container::y4m;
+  return Container::raw;
 }
 
 Container parse_container(const std::string &word) {
-  if (word == "raw") return Container::kRaw;
-  if (word == "png") return Container::kPng;
-  if (word == "ppm") return Container::kPpm;
-  if (word == "y4m") return Container::kY4m;
+  if (word == "raw") return Container::raw;
+  if (word == "png") return Container::png;
+  if (word == "ppm") return Container::ppm;
+  if (word == "y4m") return Container::y4m;
   throw UsageError(fmt::format("'{}' is no kind of file: use raw, png, ppm or y4m", word));
 }
 
@@ -95,16 +95,16 @@ void FrameOutput::add(const FrameView &frame) {
         "--from): use --frames 1, or a name with their number such as out_%03d.png, or .y4m");
   if (numbered_) start_file();
   switch (container_) {
-    case Container::kRaw:
+    case Container::raw:
       put(frame.data, frame.bytes());
       break;
-    case Container::kPng:
+    case Container::png:
       put(encode_png(to_picture(frame)));
       break;
-    case Container::kPpm:
+    case Container::ppm:
       put(encode_ppm(to_picture(frame)));
       break;
-    case Container::kY4m:
+    case Container::y4m:
       if (frames_ == 0) put(y4m_header(frame.format, frame.size, frame.scan));
       put(y4m_frame(frame));
       break;

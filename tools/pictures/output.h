@@ -14,7 +14,7 @@
 
 namespace ppl::tool {
 
-enum class Container { kRaw, kPng, kPpm, kY4m };
+enum class Container { raw, png, ppm, y4m };
 
 // By the name's extension; raw for all others and for standard output.
 Container container_of(const std::string &path);

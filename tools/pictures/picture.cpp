@@ -20,7 +20,7 @@ Picture to_picture(const FrameView &frame) {
   const uint8_t *data = frame.data;
   if (is_rgb(frame.format)) {
     Picture picture(frame.size);
-    const size_t step = frame.format == Format::kRgb24 ? 3 : 4;
+    const size_t step = frame.format == Format::rgb24 ? 3 : 4;
     for (uint32_t y = 0; y < picture.size.height; ++y) {
       const uint8_t *in = data + step * stride * (picture.size.height - 1 - y);
       for (uint32_t x = 0; x < picture.size.width; ++x, in += step) {
@@ -38,13 +38,13 @@ Picture to_picture(const FrameView &frame) {
   for (uint32_t y = 0; y < picture.size.height; ++y) {
     for (uint32_t x = 0; x < picture.size.width; ++x) {
       const size_t at = static_cast<size_t>(y) * stride + x;
-      if (frame.format == Format::kI420) {
+      if (frame.format == Format::i420) {
         const size_t cell = static_cast<size_t>(y / 2) * (stride / 2) + x / 2;
         put_yuv(picture.pixel(x, y), data[at], data[pixels + cell],
                 data[pixels + pixels / 4 + cell]);
       } else {
         const uint8_t *pair = data + 2 * (at - x % 2);
-        const size_t y0 = frame.format == Format::kYuyv ? 0 : 1, u = 1 - y0;
+        const size_t y0 = frame.format == Format::yuyv ? 0 : 1, u = 1 - y0;
         put_yuv(picture.pixel(x, y), pair[y0 + 2 * (x % 2)], pair[u], pair[u + 2]);
       }
     }

@@ -9,7 +9,7 @@
 namespace ppl::tool {
 namespace {
 
-constexpr int kAdvance = simulator::kGlyphWidth + 1;
+constexpr int advance = simulator::glyph_width + 1;
 
 uint8_t mix(uint8_t from, uint8_t to, double share) {
   return static_cast<uint8_t>(std::lround(from + (to - from) * share));
@@ -38,10 +38,10 @@ Colour mix(Colour from, Colour to, double share) {
 }
 
 int text_width(std::string_view text, int scale) {
-  return text.empty() ? 0 : (static_cast<int>(text.size()) * kAdvance - 1) * scale;
+  return text.empty() ? 0 : (static_cast<int>(text.size()) * advance - 1) * scale;
 }
 
-int text_height(int scale) { return simulator::kGlyphHeight * scale; }
+int text_height(int scale) { return simulator::glyph_height * scale; }
 
 std::string shortened(const std::string &text, size_t characters) {
   if (text.size() <= characters) return text;
@@ -102,11 +102,11 @@ void Canvas::dashes(int x, int y0, int y1, Colour colour) {
 void Canvas::text(int x, int y, std::string_view text, Colour colour, int scale) {
   for (const char character : text) {
     const uint8_t *rows = simulator::glyph_rows(character);
-    for (int row = 0; row < simulator::kGlyphHeight; ++row)
-      for (int column = 0; column < simulator::kGlyphWidth; ++column)
-        if (rows[row] >> (simulator::kGlyphWidth - 1 - column) & 1)
+    for (int row = 0; row < simulator::glyph_height; ++row)
+      for (int column = 0; column < simulator::glyph_width; ++column)
+        if (rows[row] >> (simulator::glyph_width - 1 - column) & 1)
           fill({x + column * scale, y + row * scale, scale, scale}, colour);
-    x += kAdvance * scale;
+    x += advance * scale;
   }
 }
 

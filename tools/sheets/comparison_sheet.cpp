@@ -12,10 +12,10 @@
 namespace ppl::tool {
 namespace {
 
-constexpr int kMargin = 24, kGap = 24, kHeader = 40, kColumns = 3;
-constexpr int kWholeWidth = 320, kHeight = 240, kBetween = 8, kCropWidth = 240;
-constexpr int kTileWidth = kWholeWidth + kBetween + kCropWidth;
-constexpr int kTextLine = 20;
+constexpr int margin = 24, gap = 24, header_height = 40, columns = 3;
+constexpr int whole_width = 320, view_height = 240, space_between = 8, crop_width = 240;
+constexpr int tile_width = whole_width + space_between + crop_width;
+constexpr int line_height = 20;
 
 Picture cut(const Picture &picture, const Crop &crop) {
   Picture part({crop.width, crop.height});
@@ -43,25 +43,26 @@ class Sheet {
       : frame_(frame),
         crop_(crop),
         labels_(scores ? 2 : 1),
-        canvas_({kColumns * kTileWidth + (kColumns - 1) * kGap + 2 * kMargin,
-                 static_cast<uint32_t>(kMargin + kHeader + rows(tiles) * (tile_height() + kGap))},
-                palette::background) {}
+        canvas_(
+            {columns * tile_width + (columns - 1) * gap + 2 * margin,
+             static_cast<uint32_t>(margin + header_height + rows(tiles) * (tile_height() + gap))},
+            palette::background) {}
 
   void heading(const std::string &left, const std::string &right) {
-    canvas_.text(kMargin, kMargin, left, palette::text);
-    canvas_.text_right(kMargin + kColumns * kTileWidth + (kColumns - 1) * kGap, kMargin, right,
+    canvas_.text(margin, margin, left, palette::text);
+    canvas_.text_right(margin + columns * tile_width + (columns - 1) * gap, margin, right,
                        palette::faint);
   }
 
   void add(const Picture &picture, const std::string &title, const std::string &scores) {
-    const int x = kMargin + next_ % kColumns * (kTileWidth + kGap);
-    int y = kMargin + kHeader + next_ / kColumns * (tile_height() + kGap);
+    const int x = margin + next_ % columns * (tile_width + gap);
+    int y = margin + header_height + next_ / columns * (tile_height() + gap);
     ++next_;
     canvas_.text(x, y, title, palette::text);
-    if (labels_ > 1) canvas_.text(x, y + kTextLine, scores, palette::faint);
-    y += labels_ * kTextLine;
+    if (labels_ > 1) canvas_.text(x, y + line_height, scores, palette::faint);
+    y += labels_ * line_height;
 
-    const Rectangle whole = fitted(frame_, {x, y, kWholeWidth, kHeight});
+    const Rectangle whole = fitted(frame_, {x, y, whole_width, view_height});
     canvas_.draw(picture, whole);
     const auto scaled = [&](uint32_t n, int pixels, uint32_t of) {
       return static_cast<int>(n) * pixels / static_cast<int>(of);
@@ -71,15 +72,15 @@ class Sheet {
                      scaled(crop_.width, whole.width, frame_.width) + 2,
                      scaled(crop_.height, whole.height, frame_.height) + 2},
                     palette::mark);
-    const Rectangle place{x + kWholeWidth + kBetween, y, kCropWidth, kHeight};
+    const Rectangle place{x + whole_width + space_between, y, crop_width, view_height};
     canvas_.draw(cut(picture, crop_), fitted({crop_.width, crop_.height}, place));
   }
 
   const Picture &picture() const { return canvas_.picture(); }
 
  private:
-  static int rows(size_t tiles) { return (static_cast<int>(tiles) + kColumns - 1) / kColumns; }
-  int tile_height() const { return labels_ * kTextLine + kHeight; }
+  static int rows(size_t tiles) { return (static_cast<int>(tiles) + columns - 1) / columns; }
+  int tile_height() const { return labels_ * line_height + view_height; }
 
   Size frame_;
   Crop crop_;

@@ -50,7 +50,7 @@ Statistics statistics_of(const PplContext *context) {
   s.exposure_band_cells = ppl_n_qAE_2x2_whole_frame(context);
   s.near_grey_cells = ppl_n_qual_2x2_whole_frame(context);
   const PplTriple *windows = ppl_rgb_means_sub_windows(context);
-  for (uint32_t i = 0; i < kWindowColumns * kWindowRows; ++i)
+  for (uint32_t i = 0; i < window_columns * window_rows; ++i)
     s.windows.push_back(steps_of(&windows[i]));
   s.histograms = {shares_of(ppl_r_histogram(context)), shares_of(ppl_g_histogram(context)),
                   shares_of(ppl_b_histogram(context))};
@@ -60,7 +60,7 @@ Statistics statistics_of(const PplContext *context) {
 // The raw frame through a context that has these controls. I420 is the one format for which every
 // quality and tier gathers what it can.
 Statistics run(PplContext *context, Size size, const std::vector<uint8_t> &raw) {
-  FrameRunner runner(context, size, Format::kI420);
+  FrameRunner runner(context, size, Format::i420);
   std::memcpy(runner.raw(), raw.data(), raw.size());
   runner.run();
   return statistics_of(context);
@@ -86,46 +86,44 @@ std::string percent(double share) {
 double brightness(const Rgb &rgb) { return (rgb.r + 2 * rgb.g + rgb.b) / 4; }
 
 // Linear middle grey is 18 percent of full scale, so that these lie well off it on both sides.
-constexpr double kDarkLevel = 0.065, kBrightLevel = 0.6;
+constexpr double dark_level = 0.065, bright_level = 0.6;
 
 Verdict judge_exposure(const FrameReport &report) {
   const double level = brightness(report.balance) / 255;
   if (report.near_white_share >= 0.05)
-    return {Grade::kBad,
+    return {Grade::bad,
             fmt::format("over-exposed: {} of cells near white", percent(report.near_white_share))};
   if (report.white_behind_gain_share >= 0.05)
-    return {Grade::kBad, fmt::format("over-exposed: gain turns {} of cells white",
-                                     percent(report.white_behind_gain_share))};
-  if (level >= kBrightLevel)
-    return {Grade::kBad, fmt::format("over-exposed: the mean is {} of full scale", percent(level))};
-  if (level <= kDarkLevel)
-    return {Grade::kBad,
-            fmt::format("under-exposed: the mean is {} of full scale", percent(level))};
+    return {Grade::bad, fmt::format("over-exposed: gain turns {} of cells white",
+                                    percent(report.white_behind_gain_share))};
+  if (level >= bright_level)
+    return {Grade::bad, fmt::format("over-exposed: the mean is {} of full scale", percent(level))};
+  if (level <= dark_level)
+    return {Grade::bad, fmt::format("under-exposed: the mean is {} of full scale", percent(level))};
   if (report.near_white_share >= 0.01)
-    return {Grade::kFair, fmt::format("exposure: fair, {} of cells near white",
-                                      percent(report.near_white_share))};
-  return {Grade::kGood,
-          fmt::format("exposure: good, the mean is {} of full scale", percent(level))};
+    return {Grade::fair, fmt::format("exposure: fair, {} of cells near white",
+                                     percent(report.near_white_share))};
+  return {Grade::good, fmt::format("exposure: good, the mean is {} of full scale", percent(level))};
 }
 
 Verdict judge_white_balance(const FrameReport &report) {
   if (report.near_white_share > 0.8)
-    return {Grade::kFair, "white balance: unknown, too many cells near white"};
+    return {Grade::fair, "white balance: unknown, too many cells near white"};
   const Rgb &mean = report.balance;
   if (brightness(mean) < 2 || mean.g < 1)
-    return {Grade::kFair, "white balance: unknown, the frame is too dark"};
+    return {Grade::fair, "white balance: unknown, the frame is too dark"};
 
-  constexpr double kTolerance = 0.08, kFarOff = 0.15;
+  constexpr double tolerance = 0.08, far_off = 0.15;
   const double red = mean.r / mean.g - 1, blue = mean.b / mean.g - 1;
   const double worst = std::max(std::abs(red), std::abs(blue));
   const auto channel = [](const char *name, double off) {
     return fmt::format("{} {:.0f} % {}", name, 100 * std::abs(off), off < 0 ? "low" : "high");
   };
-  const Grade grade = worst >= kFarOff ? Grade::kBad : Grade::kFair;
-  const bool red_off = std::abs(red) >= kTolerance, blue_off = std::abs(blue) >= kTolerance;
-  if (!red_off && !blue_off) return {Grade::kGood, "white balance: good"};
+  const Grade grade = worst >= far_off ? Grade::bad : Grade::fair;
+  const bool red_off = std::abs(red) >= tolerance, blue_off = std::abs(blue) >= tolerance;
+  if (!red_off && !blue_off) return {Grade::good, "white balance: good"};
   // Where both deviate alike it is green that stands apart.
-  if (red_off && blue_off && (red < 0) == (blue < 0) && std::abs(red - blue) < kTolerance) {
+  if (red_off && blue_off && (red < 0) == (blue < 0) && std::abs(red - blue) < tolerance) {
     const double green = 2 / (2 + red + blue) - 1;
     return {grade, "white balance: " + channel("green", green)};
   }
@@ -198,7 +196,7 @@ FrameReport FrameReporter::report(const PplContext *context, Picture picture,
   // Windows hold unequal numbers of sampled cells, which a flat frame shows.
   std::array<uint8_t, 256> identity;
   for (size_t i = 0; i < identity.size(); ++i) identity[i] = static_cast<uint8_t>(i);
-  constexpr uint8_t kFlat = 128;
+  constexpr uint8_t flat_sample = 128;
   std::vector<Rgb> flat;
   {
     const Context other;
@@ -207,7 +205,7 @@ FrameReport FrameReporter::report(const PplContext *context, Picture picture,
     if (ppl_medium_filter_enabled(context)) ppl_enable_medium_filter(other);
     ppl_set_quality(other, report.window_quality);
     ppl_copy_rgb_gamma_table(other, identity.data());
-    flat = run(other, size_, std::vector<uint8_t>(raw.size(), kFlat)).windows;
+    flat = run(other, size_, std::vector<uint8_t>(raw.size(), flat_sample)).windows;
   }
   for (size_t i = 0; i < windows.size(); ++i) {
     if (flat[i].r <= 0 || flat[i].g <= 0 || flat[i].b <= 0) {
@@ -215,14 +213,14 @@ FrameReport FrameReporter::report(const PplContext *context, Picture picture,
       continue;
     }
     const auto level = [](double mean, double factor) {
-      return std::min(255.0, mean * kFlat / factor);
+      return std::min(255.0, mean * flat_sample / factor);
     };
     report.windows.push_back(Rgb{level(windows[i].r, flat[i].r), level(windows[i].g, flat[i].g),
                                  level(windows[i].b, flat[i].b)});
   }
-  const uint32_t block = report.tier == Tier::kSse2 ? 16 : 8;
-  report.window_width = size_.width / block / kWindowColumns * block;
-  report.window_height = size_.height / 2 / kWindowRows * 2;
+  const uint32_t block = report.tier == Tier::sse2 ? 16 : 8;
+  report.window_width = size_.width / block / window_columns * block;
+  report.window_height = size_.height / 2 / window_rows * 2;
 
   // The rest is judged at quality 3, which samples the frame evenly up to its edges, and without
   // gamma, so that all figures are linear.
@@ -238,12 +236,12 @@ FrameReport FrameReporter::report(const PplContext *context, Picture picture,
     take_every_colour(other);
     ppl_set_qual_RGB_min_max(other, low, limit(black_r), low, limit(std::max(black_gb, black_gr)),
                              low, limit(black_b));
-    ppl_set_qAE_RGB_min_max(other, 0, 255 - kEndSteps);
+    ppl_set_qAE_RGB_min_max(other, 0, 255 - end_steps);
     return run(other, size_, raw);
   };
   const Statistics all = run_with_bands(0, 255, false);
-  const Statistics unclipped = run_with_bands(0, 255 - kEndSteps, true);
-  const Statistics black = run_with_bands(0, kEndSteps, false);
+  const Statistics unclipped = run_with_bands(0, 255 - end_steps, true);
+  const Statistics black = run_with_bands(0, end_steps, false);
   report.histograms = all.histograms;
   report.near_white_share = 1 - ratio(unclipped.near_grey_cells, all.near_grey_cells);
   report.near_black_share = ratio(black.near_grey_cells, all.near_grey_cells);

@@ -25,12 +25,12 @@ struct Histograms {
 };
 
 struct Verdict {
-  enum class Grade { kGood, kFair, kBad };
+  enum class Grade { good, fair, bad };
   Grade grade;
   std::string text;
 };
 
-constexpr uint32_t kWindowColumns = 8, kWindowRows = 6;
+inline constexpr uint32_t window_columns = 8, window_rows = 6;
 
 // Means are in sample steps, 0 to 255.
 struct FrameReport {
@@ -62,7 +62,7 @@ struct FrameReport {
 };
 
 // Samples within so many steps of an end count as near white or near black.
-constexpr int kEndSteps = 5;
+inline constexpr int end_steps = 5;
 
 // The context has the controls in force; the frame has passed through it into the picture. The raw
 // frame runs several times more, on contexts of its own.

@@ -13,8 +13,8 @@ namespace ppl::tool {
 namespace {
 
 // 4 and 9 are one, and 5 to 8 write nothing.
-constexpr uint32_t kQualities[] = {0, 1, 2, 3, 4, 10, 11, 12, 13, 14};
-constexpr uint32_t kReference = 3;
+constexpr uint32_t qualities[] = {0, 1, 2, 3, 4, 10, 11, 12, 13, 14};
+constexpr uint32_t reference_quality = 3;
 
 // A context of the library with all that it takes to run frames.
 struct Bench {
@@ -76,9 +76,9 @@ QualityComparison compare_qualities(const std::vector<uint8_t> &raw, Size size, 
   // ppl_set_quality.
   Bench smoothing(size, format, controls), others(size, format, controls);
   QualityComparison comparison{size, format, tier_of(others.context), rounds, {}};
-  if (shows_stripes(others.context, format)) note_stripes(kReference);
+  if (shows_stripes(others.context, format)) note_stripes(reference_quality);
   std::vector<std::vector<double>> times;
-  for (const uint32_t quality : kQualities) {
+  for (const uint32_t quality : qualities) {
     if (!writes_picture(quality, format)) continue;
     const std::string numbers = quality == 4 ? "4, 9" : std::to_string(quality);
     comparison.results.push_back({quality, numbers, {}, 0, 0, 0, std::nullopt});
@@ -113,7 +113,7 @@ QualityComparison compare_qualities(const std::vector<uint8_t> &raw, Size size, 
     const size_t half = times[i].size() / 2;
     result.median_milliseconds =
         times[i].size() % 2 ? times[i][half] : (times[i][half - 1] + times[i][half]) / 2;
-    if (result.quality == kReference) reference = result.fastest_milliseconds;
+    if (result.quality == reference_quality) reference = result.fastest_milliseconds;
     if (truth) result.closeness = closeness(result.picture, *truth);
   }
   for (QualityResult &result : comparison.results)

@@ -13,21 +13,21 @@
 namespace ppl::tool {
 namespace {
 
-constexpr int kMargin = 24, kGap = 24, kHeading = 22, kTextLine = 22;
-constexpr int kLeftWidth = 768, kRightWidth = 568;
-constexpr int kTop = 136, kFrameHeight = 614;
-constexpr int kRightX = kMargin + kLeftWidth + kGap;
-constexpr int kLowerTop = kTop + kHeading + kFrameHeight + kGap;
-constexpr int kCurveSize = 240;
-static_assert(kRightX + kRightWidth + kMargin == static_cast<int>(kStatisticsSheetSize.width));
+constexpr int margin = 24, gap = 24, heading_height = 22, line_height = 22;
+constexpr int left_width = 768, right_width = 568;
+constexpr int upper_top = 136, frame_height = 614;
+constexpr int right_x = margin + left_width + gap;
+constexpr int lower_top = upper_top + heading_height + frame_height + gap;
+constexpr int curve_size = 240;
+static_assert(right_x + right_width + margin == static_cast<int>(statistics_sheet_size.width));
 
 Colour grade_colour(Verdict::Grade grade) {
   switch (grade) {
-    case Verdict::Grade::kGood:
+    case Verdict::Grade::good:
       return palette::green;
-    case Verdict::Grade::kFair:
+    case Verdict::Grade::fair:
       return palette::amber;
-    case Verdict::Grade::kBad:
+    case Verdict::Grade::bad:
       break;
   }
   return palette::red;
@@ -50,7 +50,7 @@ Colour cast_of(const Rgb &mean) {
 class Sheet {
  public:
   Sheet(const FrameReport &report, const PplContext *context)
-      : report_(report), context_(context), canvas_(kStatisticsSheetSize, palette::background) {}
+      : report_(report), context_(context), canvas_(statistics_sheet_size, palette::background) {}
 
   Picture draw(const std::string &name) {
     header(name);
@@ -66,7 +66,8 @@ class Sheet {
 
  private:
   static Rectangle lower_panel(int index) {
-    return {kMargin + index * (kCurveSize + kGap), kLowerTop + kHeading, kCurveSize, kCurveSize};
+    return {margin + index * (curve_size + gap), lower_top + heading_height, curve_size,
+            curve_size};
   }
 
   void heading(int x, int y, const std::string &text) { canvas_.text(x, y, text, palette::text); }
@@ -75,25 +76,25 @@ class Sheet {
     const std::string facts =
         fmt::format("{}x{}  quality {}  tier {}", report_.size.width, report_.size.height,
                     report_.quality, tier_name(report_.tier));
-    canvas_.text(kMargin, kMargin, shortened(name, 70), palette::text);
-    canvas_.text_right(kRightX + kRightWidth, kMargin, facts, palette::faint);
-    int y = kMargin + 30;
+    canvas_.text(margin, margin, shortened(name, 70), palette::text);
+    canvas_.text_right(right_x + right_width, margin, facts, palette::faint);
+    int y = margin + 30;
     for (const Verdict *verdict : {&report_.exposure, &report_.white_balance}) {
-      canvas_.fill({kMargin, y, 21, 21}, grade_colour(verdict->grade));
-      canvas_.text(kMargin + 33, y, verdict->text, palette::white, 3);
+      canvas_.fill({margin, y, 21, 21}, grade_colour(verdict->grade));
+      canvas_.text(margin + 33, y, verdict->text, palette::white, 3);
       y += 34;
     }
   }
 
   // The frame with the windows over it: the level of each, and its colour as a swatch.
   void frame() {
-    heading(kMargin, kTop, "frame with window means");
-    const double scale = std::min(static_cast<double>(kLeftWidth) / report_.size.width,
-                                  static_cast<double>(kFrameHeight) / report_.size.height);
+    heading(margin, upper_top, "frame with window means");
+    const double scale = std::min(static_cast<double>(left_width) / report_.size.width,
+                                  static_cast<double>(frame_height) / report_.size.height);
     const auto scaled = [&](uint32_t pixels) {
       return std::max(1, static_cast<int>(std::lround(pixels * scale)));
     };
-    const Rectangle panel{kMargin, kTop + kHeading, kLeftWidth, kFrameHeight};
+    const Rectangle panel{margin, upper_top + heading_height, left_width, frame_height};
     const int width = scaled(report_.size.width), height = scaled(report_.size.height);
     const Rectangle area{panel.x + (panel.width - width) / 2, panel.y, width, height};
     canvas_.draw(report_.picture, area);
@@ -107,8 +108,8 @@ class Sheet {
       const int y = scaled(row * report_.window_height);
       return row == 0 ? 0 : y;
     };
-    for (uint32_t row = 0; row < kWindowRows; ++row) {
-      for (uint32_t column = 0; column < kWindowColumns; ++column) {
+    for (uint32_t row = 0; row < window_rows; ++row) {
+      for (uint32_t column = 0; column < window_columns; ++column) {
         Rectangle window{x_at(column), y_at(row), x_at(column + 1) - x_at(column) + 1,
                          y_at(row + 1) - y_at(row) + 1};
         if (report_.h_mirror) window.x = area.width - window.right();
@@ -116,7 +117,7 @@ class Sheet {
         window.x += area.x;
         window.y += area.y;
         canvas_.outline(window, {170, 170, 170});
-        const std::optional<Rgb> &mean = report_.windows[row * kWindowColumns + column];
+        const std::optional<Rgb> &mean = report_.windows[row * window_columns + column];
         label(window, mean);
       }
     }
@@ -162,22 +163,22 @@ class Sheet {
     if (top <= 0) top = 1.1 * *std::max_element(heights.begin(), heights.begin() + 8);
     if (top <= 0) top = 1;
 
-    constexpr int kPlotHeight = 118, kStrip = 6, kStep = 200, kLabels = 56;
-    int y = kTop;
+    constexpr int plot_height = 118, strip_height = 6, channel_step = 200, label_width = 56;
+    int y = upper_top;
     for (const Channel &channel : channels) {
-      heading(kRightX, y, channel.name);
-      canvas_.fill({kRightX, y + 17, text_width(channel.name, 2), 2}, channel.colour);
+      heading(right_x, y, channel.name);
+      canvas_.fill({right_x, y + 17, text_width(channel.name, 2), 2}, channel.colour);
       double low_end = 0, high_end = 0;
       for (size_t i = 0; i < 256; ++i) {
-        if (i <= kEndSteps) low_end += channel.all[i];
-        if (i >= 255 - kEndSteps) high_end += channel.all[i];
+        if (i <= end_steps) low_end += channel.all[i];
+        if (i >= 255 - end_steps) high_end += channel.all[i];
       }
-      canvas_.text(kRightX + kLabels + 72, y, fmt::format("dark end {}", percent(low_end)),
+      canvas_.text(right_x + label_width + 72, y, fmt::format("dark end {}", percent(low_end)),
                    palette::faint);
-      canvas_.text_right(kRightX + kRightWidth, y, fmt::format("bright end {}", percent(high_end)),
+      canvas_.text_right(right_x + right_width, y, fmt::format("bright end {}", percent(high_end)),
                          high_end >= 0.05 ? palette::text : palette::faint);
 
-      const Rectangle plot{kRightX + kLabels, y + kHeading, 512, kPlotHeight};
+      const Rectangle plot{right_x + label_width, y + heading_height, 512, plot_height};
       canvas_.fill(plot, palette::panel);
       for (int quarter = 1; quarter < 4; ++quarter)
         canvas_.fill({plot.x + quarter * 128, plot.y, 1, plot.height},
@@ -201,24 +202,24 @@ class Sheet {
       };
       const auto strip = [&](int line, const char *name, int32_t low, int32_t high, Colour colour) {
         const int strip_y = plot.bottom() + 6 + line * 18;
-        canvas_.text(kRightX, strip_y, name, palette::faint);
-        canvas_.fill({plot.x, strip_y + 4, plot.width, kStrip}, palette::panel);
+        canvas_.text(right_x, strip_y, name, palette::faint);
+        canvas_.fill({plot.x, strip_y + 4, plot.width, strip_height}, palette::panel);
         const int left = plot.x + 2 * low, right = plot.x + 2 * high + 1;
-        canvas_.fill({left, strip_y + 4, right - left + 1, kStrip}, colour);
+        canvas_.fill({left, strip_y + 4, right - left + 1, strip_height}, colour);
         if (low > 0) canvas_.dashes(left, plot.y, strip_y + 10, colour);
         if (high < 255) canvas_.dashes(right, plot.y, strip_y + 10, colour);
       };
       strip(0, "qual", channel.low, channel.high, mix(palette::panel, palette::white, 0.7));
       strip(1, "qae", before_gain(ppl_qAE_RGB_min(context_)),
             before_gain(ppl_qAE_RGB_max(context_)), palette::amber);
-      y += kStep;
+      y += channel_step;
     }
-    canvas_.text(kRightX, y + 4, "dim: all cells, bright: those near grey", palette::faint);
+    canvas_.text(right_x, y + 4, "dim: all cells, bright: those near grey", palette::faint);
   }
 
   void curve(int index, const std::string &name, const uint8_t *table) {
     const Rectangle panel = lower_panel(index);
-    heading(panel.x, kLowerTop, name);
+    heading(panel.x, lower_top, name);
     canvas_.fill(panel, palette::panel);
     for (int quarter = 1; quarter < 4; ++quarter) {
       const Colour grid = mix(palette::panel, palette::line, 0.5);
@@ -230,7 +231,7 @@ class Sheet {
         panel, 256, [&](int i) { return table[i] / 255.0; }, palette::text, 2);
     bool straight = true;
     for (int i = 0; i < 256; ++i) straight = straight && table[i] == i;
-    canvas_.text_right(panel.right(), kLowerTop,
+    canvas_.text_right(panel.right(), lower_top,
                        straight ? "straight" : fmt::format("128 to {}", table[128]),
                        palette::faint);
   }
@@ -238,42 +239,42 @@ class Sheet {
   // Colours alone, whatever the brightness: where a cast comes from the light, all windows have it.
   void window_colours() {
     const Rectangle panel = lower_panel(2);
-    heading(panel.x, kLowerTop, "window colours");
-    const int cell = panel.width / static_cast<int>(kWindowColumns);
-    for (uint32_t row = 0; row < kWindowRows; ++row) {
-      for (uint32_t column = 0; column < kWindowColumns; ++column) {
-        const uint32_t x = report_.h_mirror ? kWindowColumns - 1 - column : column;
-        const uint32_t y = report_.v_mirror ? kWindowRows - 1 - row : row;
-        const std::optional<Rgb> &mean = report_.windows[row * kWindowColumns + column];
+    heading(panel.x, lower_top, "window colours");
+    const int cell = panel.width / static_cast<int>(window_columns);
+    for (uint32_t row = 0; row < window_rows; ++row) {
+      for (uint32_t column = 0; column < window_columns; ++column) {
+        const uint32_t x = report_.h_mirror ? window_columns - 1 - column : column;
+        const uint32_t y = report_.v_mirror ? window_rows - 1 - row : row;
+        const std::optional<Rgb> &mean = report_.windows[row * window_columns + column];
         canvas_.fill({panel.x + static_cast<int>(x) * cell, panel.y + static_cast<int>(y) * cell,
                       cell - 1, cell - 1},
                      mean ? cast_of(*mean) : palette::panel);
       }
     }
-    const int y = panel.y + static_cast<int>(kWindowRows) * cell + 8;
+    const int y = panel.y + static_cast<int>(window_rows) * cell + 8;
     canvas_.text(panel.x, y, "brightness taken", palette::faint);
-    canvas_.text(panel.x, y + kTextLine - 4, "out, colour left", palette::faint);
+    canvas_.text(panel.x, y + line_height - 4, "out, colour left", palette::faint);
   }
 
   void numbers() {
-    constexpr int kColumns[] = {kRightX + 296, kRightX + 386, kRightX + 476, kRightX + kRightWidth};
-    int y = kLowerTop;
-    heading(kRightX, y, "means");
-    canvas_.text_right(kColumns[0], y, "r", palette::red);
-    canvas_.text_right(kColumns[1], y, "g", palette::green);
-    canvas_.text_right(kColumns[2], y, "b", palette::blue);
-    canvas_.text_right(kColumns[3], y, "cells", palette::faint);
-    y += kHeading;
-    canvas_.fill({kRightX, y - 4, kRightWidth, 1}, palette::line);
+    constexpr int columns[] = {right_x + 296, right_x + 386, right_x + 476, right_x + right_width};
+    int y = lower_top;
+    heading(right_x, y, "means");
+    canvas_.text_right(columns[0], y, "r", palette::red);
+    canvas_.text_right(columns[1], y, "g", palette::green);
+    canvas_.text_right(columns[2], y, "b", palette::blue);
+    canvas_.text_right(columns[3], y, "cells", palette::faint);
+    y += heading_height;
+    canvas_.fill({right_x, y - 4, right_width, 1}, palette::line);
     y += 4;
     const auto row = [&](const char *name, const Rgb &mean, const std::string &cells,
                          const char *form = "{:.1f}") {
-      canvas_.text(kRightX, y, name, palette::text);
-      canvas_.text_right(kColumns[0], y, fmt::format(fmt::runtime(form), mean.r), palette::text);
-      canvas_.text_right(kColumns[1], y, fmt::format(fmt::runtime(form), mean.g), palette::text);
-      canvas_.text_right(kColumns[2], y, fmt::format(fmt::runtime(form), mean.b), palette::text);
-      canvas_.text_right(kColumns[3], y, cells, palette::text);
-      y += kTextLine;
+      canvas_.text(right_x, y, name, palette::text);
+      canvas_.text_right(columns[0], y, fmt::format(fmt::runtime(form), mean.r), palette::text);
+      canvas_.text_right(columns[1], y, fmt::format(fmt::runtime(form), mean.g), palette::text);
+      canvas_.text_right(columns[2], y, fmt::format(fmt::runtime(form), mean.b), palette::text);
+      canvas_.text_right(columns[3], y, cells, palette::text);
+      y += line_height;
     };
     row("whole frame", report_.whole_frame, "100 %");
     row("qae band", report_.exposure_band, percent(report_.exposure_band_share));
@@ -286,9 +287,9 @@ class Sheet {
     y += 10;
 
     const auto figure = [&](const char *name, const std::string &value) {
-      canvas_.text(kRightX, y, name, palette::text);
-      canvas_.text_right(kColumns[0], y, value, palette::text);
-      y += kTextLine;
+      canvas_.text(right_x, y, name, palette::text);
+      canvas_.text_right(columns[0], y, value, palette::text);
+      y += line_height;
     };
     const auto over_green = [&](double channel) {
       return report_.balance.g > 0 ? fmt::format("{:.2f}", channel / report_.balance.g) : "-";
@@ -298,7 +299,7 @@ class Sheet {
     figure("blue / green", over_green(report_.balance.b));
     figure("near white", percent(report_.near_white_share));
     figure("near black", percent(report_.near_black_share));
-    balance_bars({kColumns[0] + 40, top, kRightX + kRightWidth - kColumns[0] - 40, 58});
+    balance_bars({columns[0] + 40, top, right_x + right_width - columns[0] - 40, 58});
   }
 
   // Red and blue against green, 0.5 to 2 times on a scale of stops.
@@ -317,20 +318,20 @@ class Sheet {
         const int reach = static_cast<int>(std::lround(stops * area.width / 2));
         canvas_.fill({std::min(middle, middle + reach), y + 2, std::abs(reach), 14}, bar.colour);
       }
-      y += kTextLine;
+      y += line_height;
     }
-    canvas_.fill({middle, area.y - 4, 1, 2 * kTextLine}, palette::white);
+    canvas_.fill({middle, area.y - 4, 1, 2 * line_height}, palette::white);
     canvas_.text(area.x, y + 2, "/2", palette::faint);
     canvas_.text_right(area.right(), y + 2, "x2", palette::faint);
     canvas_.text(middle - text_width("green", 2) / 2, y + 2, "green", palette::faint);
   }
 
   void notes() {
-    int y = kLowerTop + kHeading + kCurveSize + kGap;
-    canvas_.fill({kMargin, y - 12, kRightX + kRightWidth - kMargin, 1}, palette::line);
+    int y = lower_top + heading_height + curve_size + gap;
+    canvas_.fill({margin, y - 12, right_x + right_width - margin, 1}, palette::line);
     for (const std::string &note : report_.notes) {
-      canvas_.text(kMargin, y, note, palette::amber);
-      y += kTextLine;
+      canvas_.text(margin, y, note, palette::amber);
+      y += line_height;
     }
     for (const char *line :
          {"Window means are levelled by those of a flat frame. Histograms are before gain, means "
@@ -338,8 +339,8 @@ class Sheet {
           "neighbouring cells.",
           "White balance: the mean of all cells that are not near white, behind gain, is taken to "
           "be grey."}) {
-      canvas_.text(kMargin, y, line, palette::faint);
-      y += kTextLine;
+      canvas_.text(margin, y, line, palette::faint);
+      y += line_height;
     }
   }
 

@@ -10,7 +10,7 @@
 
 namespace ppl::tool {
 
-constexpr Size kStatisticsSheetSize{1408, 1208};
+inline constexpr Size statistics_sheet_size{1408, 1208};
 
 // The context is the frame's: curves, gains and bands are read from it.
 Picture statistics_sheet(const FrameReport &report, const PplContext *context,

@@ -5,10 +5,10 @@ namespace {
 
 struct Glyph {
   char character;
-  uint8_t rows[kGlyphHeight];
+  uint8_t rows[glyph_height];
 };
 
-constexpr Glyph kGlyphs[] = {
+constexpr Glyph glyphs[] = {
     {' ', {0, 0, 0, 0, 0, 0, 0}},
     {'0', {0x0E, 0x11, 0x13, 0x15, 0x19, 0x11, 0x0E}},
     {'1', {0x04, 0x0C, 0x04, 0x04, 0x04, 0x04, 0x0E}},
@@ -64,9 +64,9 @@ constexpr Glyph kGlyphs[] = {
 
 const uint8_t *glyph_rows(char character) {
   if (character >= 'a' && character <= 'z') character = static_cast<char>(character - 'a' + 'A');
-  for (const Glyph &glyph : kGlyphs)
+  for (const Glyph &glyph : glyphs)
     if (glyph.character == character) return glyph.rows;
-  return kGlyphs[0].rows;
+  return glyphs[0].rows;
 }
 
 }  // namespace ppl::simulator

@@ -5,7 +5,7 @@
 
 namespace ppl::simulator {
 
-constexpr int kGlyphWidth = 5, kGlyphHeight = 7;
+inline constexpr int glyph_width = 5, glyph_height = 7;
 
 // The seven rows of a glyph from top to bottom; bit 4 is the leftmost dot. Characters that the font
 // lacks are blank.

@@ -11,9 +11,9 @@
 namespace ppl::simulator::math {
 
 inline double exp(double x) {
-  constexpr double kLn2 = 0.693147180559945309417;
-  const double n = std::floor(x / kLn2 + 0.5);
-  const double f = x - n * kLn2;  // |f| <= 0.35
+  constexpr double ln_2 = 0.693147180559945309417;
+  const double n = std::floor(x / ln_2 + 0.5);
+  const double f = x - n * ln_2;  // |f| <= 0.35
   double term = 1, sum = 1;
   for (int i = 1; i <= 16; ++i) {
     term = term * f / i;
@@ -24,7 +24,7 @@ inline double exp(double x) {
 
 // x > 0.
 inline double log(double x) {
-  constexpr double kLn2 = 0.693147180559945309417;
+  constexpr double ln_2 = 0.693147180559945309417;
   int exponent = 0;
   double m = std::frexp(x, &exponent);  // 0.5 <= m < 1
   if (m < 0.70710678118654752440) {
@@ -37,7 +37,7 @@ inline double log(double x) {
     sum += power / i;
     power *= z * z;
   }
-  return 2 * sum + exponent * kLn2;
+  return 2 * sum + exponent * ln_2;
 }
 
 // x > 0.
@@ -45,10 +45,10 @@ inline double pow(double x, double y) { return exp(y * log(x)); }
 
 // The cosine of t full turns.
 inline double cos_turns(double t) {
-  constexpr double kTwoPi = 6.28318530717958647693;
+  constexpr double two_pi = 6.28318530717958647693;
   t = std::fabs(t - std::floor(t + 0.5));  // 0..0.5, the cosine is even
   const bool second_quarter = t > 0.25;
-  const double angle = kTwoPi * (second_quarter ? 0.5 - t : t);
+  const double angle = two_pi * (second_quarter ? 0.5 - t : t);
   double term = 1, sum = 1;
   for (int i = 2; i <= 20; i += 2) {
     term = -term * angle * angle / ((i - 1) * i);

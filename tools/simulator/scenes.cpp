@@ -33,7 +33,7 @@ Light srgb(uint32_t code) {
 
 // Six columns of four: things of nature, bright colours, mixed colours, and greys from white to
 // black.
-constexpr uint32_t kPatches[24] = {
+constexpr uint32_t patch_codes[24] = {
     0x6A4A3C, 0xD3A58A, 0x5E86B5, 0x4F7038, 0x8C84C0, 0x5CC2B0,  //
     0xE07B20, 0x3F56A8, 0xD0485C, 0x552F6B, 0xA6C63C, 0xE8A820,  //
     0x2A3C98, 0x3C9A48, 0xB82C34, 0xF0CC1C, 0xC04898, 0x1090B0,  //
@@ -41,25 +41,25 @@ constexpr uint32_t kPatches[24] = {
 };
 
 // Skin from light to dark.
-constexpr uint32_t kSkinTones[6] = {0xF3D3BF, 0xE4B698, 0xCB946F, 0xA87049, 0x7C4C30, 0x4C2E20};
+constexpr uint32_t skin_tones[6] = {0xF3D3BF, 0xE4B698, 0xCB946F, 0xA87049, 0x7C4C30, 0x4C2E20};
 
-constexpr double kSurround = 0.12;
+constexpr double surround = 0.12;
 
 Light patches(const Rectangle &area, double x, double y) {
   const double column = (x - area.x) / area.width * 6, row = (y - area.y) / area.height * 4;
   const double u = column - std::floor(column), v = row - std::floor(row);
   if (u < 0.06 || u > 0.94 || v < 0.06 || v > 0.94) return grey(0.02);
   const int index = std::min(static_cast<int>(row), 3) * 6 + std::min(static_cast<int>(column), 5);
-  return srgb(kPatches[index]);
+  return srgb(patch_codes[index]);
 }
 
 // Steps of equal distance in sRGB code on the upper half, a smooth ramp of it on the lower.
 Light grey_steps(const Rectangle &area, double x, double y) {
-  constexpr int kSteps = 16;
+  constexpr int steps = 16;
   const double position = (x - area.x) / area.width;
   if (y - area.y < area.height / 2)
-    return srgb(0x010101u * static_cast<uint32_t>(
-                                255 * std::min(static_cast<int>(position * kSteps), 15) / 15));
+    return srgb(0x010101u *
+                static_cast<uint32_t>(255 * std::min(static_cast<int>(position * steps), 15) / 15));
   const double code = std::clamp(position, 0.0, 1.0) * 254.99;
   const auto low = static_cast<uint32_t>(code);
   const double part = code - low;
@@ -76,7 +76,7 @@ Light zone_plate(const Rectangle &area, double x, double y) {
   return grey(0.5 + 0.45 * math::cos_turns(squared / (4 * radius)));
 }
 
-constexpr std::array<const char *, 6> kTextLines = {
+constexpr std::array<const char *, 6> text_lines = {
     "THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG",
     "0123456789 (3.14) 50% A+B=C",
     "SPHINX OF BLACK QUARTZ, JUDGE MY VOW",
@@ -92,18 +92,18 @@ Light text(const Rectangle &area, double x, double y) {
   double top = area.y + 4;
   for (int line = 0; top < area.y + area.height; ++line) {
     const int dot = line / 2 % 4 + 1;
-    const double height = dot * (kGlyphHeight + 2);
+    const double height = dot * (glyph_height + 2);
     if (y < top) return paper;
     if (y < top + height) {
       const int row = static_cast<int>((y - top) / dot);
       const double across = (x - area.x - 4) / dot;
-      if (row >= kGlyphHeight || across < 0 || x > area.x + area.width - 4) return paper;
-      const char *characters = kTextLines[static_cast<size_t>(line) % kTextLines.size()];
+      if (row >= glyph_height || across < 0 || x > area.x + area.width - 4) return paper;
+      const char *characters = text_lines[static_cast<size_t>(line) % text_lines.size()];
       const size_t length = std::strlen(characters) + 3;
-      const auto position = static_cast<size_t>(across / (kGlyphWidth + 1)) % length;
-      const int column = static_cast<int>(across) % (kGlyphWidth + 1);
-      if (position >= length - 3 || column >= kGlyphWidth) return paper;
-      return glyph_rows(characters[position])[row] >> (kGlyphWidth - 1 - column) & 1 ? ink : paper;
+      const auto position = static_cast<size_t>(across / (glyph_width + 1)) % length;
+      const int column = static_cast<int>(across) % (glyph_width + 1);
+      if (position >= length - 3 || column >= glyph_width) return paper;
+      return glyph_rows(characters[position])[row] >> (glyph_width - 1 - column) & 1 ? ink : paper;
     }
     top += height + 1;
   }
@@ -123,17 +123,17 @@ Light skin(const Rectangle &area, double x, double y) {
   if (squared > 1) return srgb(0x3E5A78);
   const double facing = (-0.5 * u - 0.55 * v + 0.67 * std::sqrt(1 - squared));
   const double shade = 0.35 + 0.7 * std::max(0.0, facing);
-  const Light tone = srgb(kSkinTones[row * columns + column]);
+  const Light tone = srgb(skin_tones[row * columns + column]);
   return {static_cast<float>(tone.r * shade), static_cast<float>(tone.g * shade),
           static_cast<float>(tone.b * shade)};
 }
 
 // A dark square turned by a small angle (slope 1 in 11, some 5 degrees) on a light ground.
 Light slanted_edge(const Rectangle &area, double x, double y) {
-  constexpr double kSlope = 1.0 / 11;
+  constexpr double slope = 1.0 / 11;
   const double dx = x - (area.x + area.width / 2), dy = y - (area.y + area.height / 2);
   const double half = std::min(area.width, area.height) * 0.32;
-  const bool inside = std::fabs(dx + kSlope * dy) < half && std::fabs(dy - kSlope * dx) < half;
+  const bool inside = std::fabs(dx + slope * dy) < half && std::fabs(dy - slope * dx) < half;
   return inside ? grey(0.05) : grey(0.75);
 }
 
@@ -147,19 +147,19 @@ struct Placed {
 };
 
 // The element's own ground fills the gaps in between with dark grey.
-constexpr Placed kChart[] = {
+constexpr Placed chart_parts[] = {
     {patches, {0.02, 0.02, 0.56, 0.50}},    {zone_plate, {0.60, 0.02, 0.38, 0.50}},
     {grey_steps, {0.02, 0.54, 0.96, 0.12}}, {text, {0.02, 0.68, 0.46, 0.30}},
     {skin, {0.50, 0.68, 0.26, 0.30}},       {slanted_edge, {0.78, 0.68, 0.20, 0.30}},
 };
 
 Light chart(const Rectangle &frame, double x, double y) {
-  for (const Placed &placed : kChart) {
+  for (const Placed &placed : chart_parts) {
     const Rectangle area{placed.part.x * frame.width, placed.part.y * frame.height,
                          placed.part.width * frame.width, placed.part.height * frame.height};
     if (area.contains(x, y)) return placed.element(area, x, y);
   }
-  return grey(kSurround);
+  return grey(surround);
 }
 
 struct Scene {
@@ -167,7 +167,7 @@ struct Scene {
   Element element;
 };
 
-constexpr Scene kScenes[] = {
+constexpr Scene scenes[] = {
     {"chart", chart}, {"patches", patches}, {"greysteps", grey_steps}, {"zoneplate", zone_plate},
     {"text", text},   {"skin", skin},       {"edge", slanted_edge},    {"flat", flat},
 };
@@ -187,7 +187,7 @@ const std::array<double, 256> &decoding_table() {
 
 }  // namespace
 
-const SceneName kSceneNames[] = {
+const SceneName scene_names[] = {
     {"chart", "all of the following on one chart"},
     {"patches", "24 colour patches, the last row grey"},
     {"greysteps", "16 grey steps and a smooth ramp"},
@@ -209,30 +209,29 @@ uint8_t linear_to_srgb(double light) {
 }
 
 bool render_scene(const char *name, uint32_t width, uint32_t height, std::vector<Light> &light) {
-  const Scene *scene = std::find_if(std::begin(kScenes), std::end(kScenes),
+  const Scene *scene = std::find_if(std::begin(scenes), std::end(scenes),
                                     [&](const Scene &s) { return std::strcmp(s.name, name) == 0; });
-  if (scene == std::end(kScenes)) return false;
+  if (scene == std::end(scenes)) return false;
 
   // A pixel collects the light of its whole area: the mean of 3 by 3 points.
-  constexpr int kPoints = 3;
+  constexpr int points = 3;
   const Rectangle frame{0, 0, static_cast<double>(width), static_cast<double>(height)};
   light.resize(static_cast<size_t>(width) * height);
   for (uint32_t y = 0; y < height; ++y) {
     for (uint32_t x = 0; x < width; ++x) {
       double r = 0, g = 0, b = 0;
-      for (int j = 0; j < kPoints; ++j) {
-        for (int i = 0; i < kPoints; ++i) {
-          const Light point =
-              scene->element(frame, x + (i + 0.5) / kPoints, y + (j + 0.5) / kPoints);
+      for (int j = 0; j < points; ++j) {
+        for (int i = 0; i < points; ++i) {
+          const Light point = scene->element(frame, x + (i + 0.5) / points, y + (j + 0.5) / points);
           r += point.r;
           g += point.g;
           b += point.b;
         }
       }
-      constexpr int kCount = kPoints * kPoints;
-      light[static_cast<size_t>(y) * width + x] = {static_cast<float>(r / kCount),
-                                                   static_cast<float>(g / kCount),
-                                                   static_cast<float>(b / kCount)};
+      constexpr int count = points * points;
+      light[static_cast<size_t>(y) * width + x] = {static_cast<float>(r / count),
+                                                   static_cast<float>(g / count),
+                                                   static_cast<float>(b / count)};
     }
   }
   return true;

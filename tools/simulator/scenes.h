@@ -17,7 +17,7 @@ struct SceneName {
 };
 
 // Ends with a null name.
-extern const SceneName kSceneNames[];
+extern const SceneName scene_names[];
 
 double srgb_to_linear(uint8_t code);
 uint8_t linear_to_srgb(double light);

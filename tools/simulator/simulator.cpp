@@ -13,9 +13,9 @@ namespace math = ppl::simulator::math;
 
 namespace {
 
-constexpr double kWhiteLevel = 0.8;  // of the range above black, at 0 stops
-constexpr double kReferenceKelvin = 6500;
-constexpr double kDefaultFullWell = 8000;
+constexpr double white_level = 0.8;  // of the range above black, at 0 stops
+constexpr double reference_kelvin = 6500;
+constexpr double default_full_well = 8000;
 
 // SplitMix64 (Steele, Lea and Flood, 2014): a counter and a mixing function.
 class Random {
@@ -51,16 +51,16 @@ bool within(double value, double low, double high) { return value >= low && valu
 
 // A black body's radiation at one wavelength, up to a factor that depends on the wavelength alone.
 double black_body(double nanometres, double kelvin) {
-  constexpr double kSecondRadiationConstant = 1.438776877e7;  // nm K
-  return 1 / (math::exp(kSecondRadiationConstant / (nanometres * kelvin)) - 1);
+  constexpr double second_radiation_constant = 1.438776877e7;  // nm K
+  return 1 / (math::exp(second_radiation_constant / (nanometres * kelvin)) - 1);
 }
 
-enum Channel { kR, kG, kB };
+enum Channel { red, green, blue };
 
 // Even lines B Gb, odd lines Gr R.
 Channel channel_at(uint32_t x, uint32_t y) {
-  if ((x ^ y) & 1) return kG;
-  return y & 1 ? kR : kB;
+  if ((x ^ y) & 1) return green;
+  return y & 1 ? red : blue;
 }
 
 bool is_frame_size(uint32_t width, uint32_t height) {
@@ -79,7 +79,7 @@ struct PplSimulator {
   double stops = 0;
   double gains[3] = {1, 1, 1};
   double black_level = 0;
-  double full_well = kDefaultFullWell, read_noise = 20;
+  double full_well = default_full_well, read_noise = 20;
   double crosstalk = 0.15;
   struct Defect {
     uint32_t position;
@@ -89,7 +89,7 @@ struct PplSimulator {
 
   double signal(uint32_t x, uint32_t y, Channel channel) const {
     const Light &light = scene[static_cast<size_t>(y) * width + x];
-    const double own = channel == kR ? light.r : channel == kG ? light.g : light.b;
+    const double own = channel == red ? light.r : channel == green ? light.g : light.b;
     const double all = static_cast<double>(light.r) + light.g + light.b;
     return (1 - 2 * crosstalk) * own + crosstalk * (all - own);
   }
@@ -137,14 +137,14 @@ extern "C" {
 
 const char *ppl_simulator_scene_name(uint32_t index) {
   for (uint32_t i = 0;; ++i)
-    if (i == index || !ppl::simulator::kSceneNames[i].name)
-      return ppl::simulator::kSceneNames[i].name;
+    if (i == index || !ppl::simulator::scene_names[i].name)
+      return ppl::simulator::scene_names[i].name;
 }
 
 const char *ppl_simulator_scene_text(uint32_t index) {
   for (uint32_t i = 0;; ++i)
-    if (i == index || !ppl::simulator::kSceneNames[i].name)
-      return ppl::simulator::kSceneNames[i].text;
+    if (i == index || !ppl::simulator::scene_names[i].name)
+      return ppl::simulator::scene_names[i].text;
 }
 
 PplSimulator *ppl_simulator_create(const char *scene, uint32_t width, uint32_t height,
@@ -197,21 +197,21 @@ uint8_t ppl_simulator_set_exposure(PplSimulator *simulator, double stops) {
 
 uint8_t ppl_simulator_set_illuminant(PplSimulator *simulator, double kelvin) {
   if (!within(kelvin, 1500, 25000)) return 0;
-  constexpr double kNanometres[3] = {600, 540, 460};
+  constexpr double nanometres[3] = {600, 540, 460};
   double relative[3];
   for (int channel = 0; channel < 3; ++channel)
-    relative[channel] = black_body(kNanometres[channel], kelvin) /
-                        black_body(kNanometres[channel], kReferenceKelvin);
+    relative[channel] =
+        black_body(nanometres[channel], kelvin) / black_body(nanometres[channel], reference_kelvin);
   for (int channel = 0; channel < 3; ++channel)
-    simulator->gains[channel] = relative[channel] / relative[kG];
+    simulator->gains[channel] = relative[channel] / relative[green];
   return 1;
 }
 
 uint8_t ppl_simulator_set_channel_gains(PplSimulator *simulator, double r, double g, double b) {
   if (!within(r, 0, 64) || !within(g, 0, 64) || !within(b, 0, 64)) return 0;
-  simulator->gains[kR] = r;
-  simulator->gains[kG] = g;
-  simulator->gains[kB] = b;
+  simulator->gains[red] = r;
+  simulator->gains[green] = g;
+  simulator->gains[blue] = b;
   return 1;
 }
 
@@ -252,9 +252,9 @@ uint8_t ppl_simulator_set_defects(PplSimulator *simulator, uint32_t hot, uint32_
 }
 
 void ppl_simulator_channel_gains(const PplSimulator *simulator, double *r, double *g, double *b) {
-  *r = simulator->gains[kR];
-  *g = simulator->gains[kG];
-  *b = simulator->gains[kB];
+  *r = simulator->gains[red];
+  *g = simulator->gains[green];
+  *b = simulator->gains[blue];
 }
 
 uint32_t ppl_simulator_width(const PplSimulator *simulator) { return simulator->width; }
@@ -265,9 +265,9 @@ void ppl_simulator_render(PplSimulator *simulator, uint8_t *raw) {
   // before.
   Random random(
       Random(simulator->seed + 0x632BE59BD9B4E019u * ++simulator->frames_rendered).next());
-  const double exposure = kWhiteLevel * math::exp(simulator->stops * 0.693147180559945309417);
+  const double exposure = white_level * math::exp(simulator->stops * 0.693147180559945309417);
   const bool shot_noise = simulator->full_well > 0;
-  const double full_well = shot_noise ? simulator->full_well : kDefaultFullWell;
+  const double full_well = shot_noise ? simulator->full_well : default_full_well;
   const double read_variance = simulator->read_noise * simulator->read_noise;
   const double range = 255 - simulator->black_level;
 
