@@ -6,7 +6,9 @@ set(PPL_CORE_FLAGS
     -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-use-cxa-atexit
     -fno-asynchronous-unwind-tables -fno-unwind-tables
     -fno-stack-protector -fno-ident -fcf-protection=none
-    -fvisibility=hidden -fvisibility-inlines-hidden)
+    -fvisibility=hidden -fvisibility-inlines-hidden
+    # A packager's -flto would compile everything anew at link time, without the flags of its tier.
+    -fno-lto)
 # The intrinsics' headers would pull in <stdlib.h> for _mm_malloc.
 set(PPL_CORE_DEFINITIONS _MM_MALLOC_H_INCLUDED)
 
@@ -16,8 +18,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 endif()
 
 # A kernel stack is 12 KB for everybody. (Clang inlines more into one frame, and builds no driver.)
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT PPL_INSTRUMENTED)
-  list(APPEND PPL_CORE_FLAGS $<$<NOT:$<CONFIG:Debug>>:-Wframe-larger-than=1024>)
+if(NOT PPL_INSTRUMENTED)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    list(APPEND PPL_CORE_FLAGS -Wframe-larger-than=1024)
+  else()
+    list(APPEND PPL_CORE_FLAGS -Wframe-larger-than=1536)
+  endif()
 endif()
 
 # 32 bit: a caller on Windows promises a stack aligned to 4 and no more, and xmm registers belong to
@@ -26,6 +32,12 @@ endif()
 set(PPL_BASE_FLAGS)
 set(PPL_P3_FLAGS -mmmx)
 set(PPL_SSE2_FLAGS -mmmx -msse2)
+if(NOT PPL_32_BIT)
+  # Whatever a packager asks of all code, -march=native perhaps: the core is for every processor.
+  foreach(flags BASE P3 SSE2)
+    list(APPEND PPL_${flags}_FLAGS -mno-avx -mno-sse3)
+  endforeach()
+endif()
 if(PPL_32_BIT)
   # What is outside the tiers runs on the oldest processor there is; it then takes the plain copy.
   set(PPL_BASE_FLAGS -march=pentium -mtune=generic -mno-mmx -mno-sse)

@@ -1414,8 +1414,9 @@ PPL_API const uint32_t *PPL_CALL ppl_b_histogram(const PplContext *ctx);
   the second. It reads these n bytes also where the source has fewer, as with a larger output or
   with black lines: a caller that may meet such a processor makes its source buffers that large.
 
-  Odd sizes, which only raw calls can store, convert their even part; an odd scaled height loses
-  its last line.
+  Odd sizes, which only raw calls can store, convert their even part. An odd scaled height of fields
+  is written whole; in I420 the chroma row of its last line comes from that line alone, as far as it
+  reaches into its plane.
 */
 
 /* Progressive frames.

@@ -16,33 +16,31 @@ constexpr int32_t quals_gain_limit = 1023;  // 8.8: just below 4.0
 
 bool quals_gain_fits(int32_t gain) { return gain >= 0 && gain <= quals_gain_limit; }
 
-template <int B>
-void write_GR(const PplContext &ctx, ParameterBlock<B> &p) {
-  set_byte_pair(p.qual_GR_base_vec, ctx.qual_G.min, ctx.qual_R.min);
-  set_byte_pair(p.qual_GR_span_vec, ctx.qual_G.span - 1, ctx.qual_R.span - 1);
+void write_GR(const PplContext &ctx, Parameters &p) {
+  p.qual_GR_base_vec = to_bytes(ctx.qual_G.min, ctx.qual_R.min);
+  p.qual_GR_span_vec = to_bytes(ctx.qual_G.span - 1, ctx.qual_R.span - 1);
 }
 
-template <int B>
-void write_BG(const PplContext &ctx, ParameterBlock<B> &p) {
-  set_byte_pair(p.qual_BG_base_vec, ctx.qual_B.min, ctx.qual_G.min);
-  set_byte_pair(p.qual_BG_span_vec, ctx.qual_B.span - 1, ctx.qual_G.span - 1);
+void write_BG(const PplContext &ctx, Parameters &p) {
+  p.qual_BG_base_vec = to_bytes(ctx.qual_B.min, ctx.qual_G.min);
+  p.qual_BG_span_vec = to_bytes(ctx.qual_B.span - 1, ctx.qual_G.span - 1);
 }
 
 // The green band stands in both pairs.
-uint8_t refresh_level_bands(PplContext &ctx, bool writes_GR, bool writes_BG) {
-  return refresh_tiers(ctx, [&ctx, writes_GR, writes_BG](auto tier) {
-    if (writes_GR) write_GR(ctx, tier.params);
-    if (writes_BG) write_BG(ctx, tier.params);
+uint8_t refresh_level_bands(PplContext &ctx, Channels channels) {
+  return refresh_parameters(ctx, [&ctx, channels](Parameters &p) {
+    if (channels.g || channels.r) write_GR(ctx, p);
+    if (channels.g || channels.b) write_BG(ctx, p);
     return true;
   });
 }
 
 void refresh_quals_gains(PplContext &ctx, Channels channels) {
-  refresh_tiers(ctx, [&ctx, channels](auto tier) {
+  refresh_parameters(ctx, [&ctx, channels](Parameters &p) {
     const ChannelValues gains = {ctx.nf88_quals_r_gain, ctx.nf88_quals_g_gain,
                                  ctx.nf88_quals_b_gain};
-    return set_channel_lanes(tier.params.quals_gain_BG_vec, tier.params.quals_gain_GR_vec, channels,
-                             gains, 2, quals_gain_fits);
+    return set_channels(p.unread.quals_gain_BG_vec, p.unread.quals_gain_GR_vec, channels, gains, 2,
+                        quals_gain_fits);
   });
 }
 
@@ -71,12 +69,12 @@ PPL_BAND_GETTERS(qAE_RGB)
   uint8_t PPL_CALL ppl_set_##band##_min_max(PplContext *ctx, int32_t min, int32_t max) { \
     if (min > max) return 0;                                                             \
     store(ctx->band, min, max);                                                          \
-    return refresh_tiers(*ctx, [=](auto tier) {                                          \
+    return refresh_parameters(*ctx, [=](Parameters &p) {                                 \
       const int32_t lo = wrapping_add(min, -1);                                          \
       const int32_t hi = wrapping_add(max, 1);                                           \
       if (!fits_word(lo) || !fits_word(hi)) return false;                                \
-      broadcast(tier.params.band##_lo_vec, lo);                                          \
-      broadcast(tier.params.band##_hi_vec, hi);                                          \
+      p.band##_lo_vec = to_word(lo);                                                     \
+      p.band##_hi_vec = to_word(hi);                                                     \
       return true;                                                                       \
     });                                                                                  \
   }
@@ -91,19 +89,19 @@ PPL_DIFFERENCE_BAND_SETTER(qual_BmGb_m_GrmR)
 uint8_t PPL_CALL ppl_set_qual_R_min_max(PplContext *ctx, int32_t min, int32_t max) {
   if (!is_byte_band(min, max)) return 0;
   store(ctx->qual_R, min, max);
-  return refresh_level_bands(*ctx, true, false);
+  return refresh_level_bands(*ctx, red_only);
 }
 
 uint8_t PPL_CALL ppl_set_qual_G_min_max(PplContext *ctx, int32_t min, int32_t max) {
   if (!is_byte_band(min, max)) return 0;
   store(ctx->qual_G, min, max);
-  return refresh_level_bands(*ctx, true, true);
+  return refresh_level_bands(*ctx, green_only);
 }
 
 uint8_t PPL_CALL ppl_set_qual_B_min_max(PplContext *ctx, int32_t min, int32_t max) {
   if (!is_byte_band(min, max)) return 0;
   store(ctx->qual_B, min, max);
-  return refresh_level_bands(*ctx, false, true);
+  return refresh_level_bands(*ctx, blue_only);
 }
 
 uint8_t PPL_CALL ppl_set_qual_RGB_min_max(PplContext *ctx, int32_t r_min, int32_t r_max,
@@ -115,7 +113,7 @@ uint8_t PPL_CALL ppl_set_qual_RGB_min_max(PplContext *ctx, int32_t r_min, int32_
   store(ctx->qual_R, r_min, r_max);
   store(ctx->qual_G, g_min, g_max);
   store(ctx->qual_B, b_min, b_max);
-  return refresh_level_bands(*ctx, true, true);
+  return refresh_level_bands(*ctx, all_channels);
 }
 
 uint8_t PPL_CALL ppl_reset_qual_min_max(PplContext *ctx) {
@@ -129,12 +127,11 @@ uint8_t PPL_CALL ppl_reset_qual_min_max(PplContext *ctx) {
 uint8_t PPL_CALL ppl_set_qAE_RGB_min_max(PplContext *ctx, int32_t min, int32_t max) {
   if (!is_byte_band(min, max)) return 0;
   store(ctx->qAE_RGB, min, max);
-  return refresh_tiers(*ctx, [=](auto tier) {
-    auto &p = tier.params;
-    broadcast(p.qAE_min_vec, min);
-    broadcast(p.qAE_lo_vec, min - 1);
-    broadcast(p.qAE_max_vec, max);
-    broadcast(p.qAE_hi_vec, max + 1);
+  return refresh_parameters(*ctx, [=](Parameters &p) {
+    p.qAE_min_vec = to_byte(min);
+    p.qAE_max_vec = to_byte(max);
+    p.unread.qAE_lo_vec = to_byte(min - 1);
+    p.unread.qAE_hi_vec = to_byte(max + 1);
     return true;
   });
 }
@@ -143,8 +140,8 @@ uint8_t PPL_CALL ppl_reset_qAE_min_max(PplContext *ctx) {
   return ppl_set_qAE_RGB_min_max(ctx, 0, 255);
 }
 
-// The quals gains are kept with their vectors, but no kernel reads them. Their setters return 0 in
-// all cases: that is their documented result.
+// The quals gains are kept with their vectors, but no kernel reads them. Their setters always
+// succeed. Meant so: docs/oddities.md, "Success that returns 0".
 int32_t PPL_CALL ppl_nf88_quals_r_gain(const PplContext *ctx) { return ctx->nf88_quals_r_gain; }
 
 int32_t PPL_CALL ppl_nf88_quals_g_gain(const PplContext *ctx) { return ctx->nf88_quals_g_gain; }

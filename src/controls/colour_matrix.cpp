@@ -19,10 +19,10 @@ int32_t wrapping_multiply(int32_t a, int32_t b) {
 // Truncates. The one quotient that does not fit wraps.
 int32_t wrapping_divide(int32_t a, int32_t b) { return b == -1 ? wrapping_subtract(0, a) : a / b; }
 
-// Narrows to a lane: results within 17 bits keep their low 16 bits (32768 to 65535 land negative,
-// meant so), larger ones saturate.
+// Narrows to a word: results within 17 bits keep their low 16 bits (32768 to 65535 land negative),
+// larger ones saturate. Meant so: docs/oddities.md, "Sums that wrap".
 int32_t fit(int32_t value) {
-  if (value >= -65536 && value <= 65535) return word_lane(value);
+  if (value >= -65536 && value <= 65535) return to_word(value);
   return value > 0 ? 32767 : -32768;
 }
 
@@ -41,7 +41,7 @@ void multiply(Product &product, const int32_t (&coefficients)[9], const int32_t 
   }
 }
 
-// Everything that the lanes are made of, for both sensor matrices.
+// Everything that the parameters are made of, for both sensor matrices.
 struct Products {
   Product rgb[2];     // A: Q8
   Product full[2];    // F: Q16
@@ -62,46 +62,45 @@ int32_t q16_to_q6(int32_t value) { return fit(wrapping_add(value, 512) >> 10); }
 int32_t q8_to_q6(int32_t value) { return fit(wrapping_add(value, 2) >> 2); }
 int32_t q16_to_q12(int32_t value) { return fit(wrapping_add(value, 8)) >> 4; }
 
-template <int B>
-void write_matrices(ParameterBlock<B> &p, const Products &products, int32_t bound) {
+void write_matrices(Parameters &p, const Products &products, int32_t bound) {
   for (int i = 0; i < 9; ++i) {
     const int32_t rgb[2] = {products.rgb[0][i], products.rgb[1][i]};
     const int32_t full[2] = {products.full[0][i], products.full[1][i]};
     const int32_t studio[2] = {products.studio[0][i], products.studio[1][i]};
-    broadcast(p.rgb_base0_vec[i], q8_to_q6(rgb[0]));
-    broadcast(p.full_base0_vec[i], q16_to_q6(full[0]));
-    broadcast(p.studio_base0_vec[i], q16_to_q6(studio[0]));
-    broadcast(p.studio_base0_q12_vec[i], q16_to_q12(studio[0]));
-    broadcast(p.rgb_base1_vec[i], q8_to_q6(rgb[1]));
-    broadcast(p.full_base1_vec[i], q16_to_q6(full[1]));
-    broadcast(p.studio_base1_vec[i], q16_to_q6(studio[1]));
-    broadcast(p.studio_base1_q12_vec[i], q16_to_q12(studio[1]));
+    p.rgb_base0_vec[i] = to_word(q8_to_q6(rgb[0]));
+    p.full_base0_vec[i] = to_word(q16_to_q6(full[0]));
+    p.studio_base0_vec[i] = to_word(q16_to_q6(studio[0]));
+    p.unread.studio_base0_q12_vec[i] = to_word(q16_to_q12(studio[0]));
+    p.rgb_base1_vec[i] = to_word(q8_to_q6(rgb[1]));
+    p.unread.full_base1_vec[i] = to_word(q16_to_q6(full[1]));
+    p.studio_base1_vec[i] = to_word(q16_to_q6(studio[1]));
+    p.unread.studio_base1_q12_vec[i] = to_word(q16_to_q12(studio[1]));
 
     const int32_t rgb_step =
         wrapping_divide(wrapping_multiply(wrapping_subtract(rgb[1], rgb[0]), 8), bound);
     const int32_t full_step = wrapping_divide(wrapping_subtract(full[1], full[0]), bound);
     const int32_t studio_step = wrapping_divide(wrapping_subtract(studio[1], studio[0]), bound);
-    broadcast(p.rgb_slope_vec[i], fit(rgb_step));
-    broadcast(p.full_slope_vec[i], fit(wrapping_add(full_step, 2) >> 2));
-    broadcast(p.studio_slope_vec[i], fit(wrapping_add(studio_step, 2) >> 2));
-    broadcast(p.studio_slope_q12_vec[i], fit(wrapping_add(studio_step, 4)) >> 3);
+    p.rgb_slope_vec[i] = to_word(fit(rgb_step));
+    p.full_slope_vec[i] = to_word(fit(wrapping_add(full_step, 2) >> 2));
+    p.studio_slope_vec[i] = to_word(fit(wrapping_add(studio_step, 2) >> 2));
+    p.unread.studio_slope_q12_vec[i] = to_word(fit(wrapping_add(studio_step, 4)) >> 3);
   }
-  broadcast(p.index_mask_vec, ~bound);
+  p.index_bound_vec = to_word(bound);
 }
 
 // Q8 to Q6, with the half that the kernels' last shift by 6 needs.
-int32_t offset_lane(int32_t offset) { return ((offset + 2) >> 2) + 32; }
+int16_t rounding_of(int32_t offset) { return to_word(((offset + 2) >> 2) + 32); }
 
 }  // namespace
 
 uint8_t refresh_colour_matrices(PplContext &ctx) {
-  return refresh_tiers(ctx, [&ctx](auto tier) {
+  return refresh_parameters(ctx, [&ctx](Parameters &p) {
     const int32_t bound = ctx.sensor_matrix_index_upper_bound;
     const Products products(ctx);
-    write_matrices(tier.params, products, bound == 0 ? 1 : bound);
-    broadcast(tier.params.offset_studio_vec, offset_lane(ctx.offset_yuv_studio));
-    broadcast(tier.params.offset_full_vec, offset_lane(ctx.offset_yuv_full));
-    broadcast(tier.params.offset_rgb_vec, offset_lane(ctx.offset_rgb));
+    write_matrices(p, products, bound == 0 ? 1 : bound);
+    p.offset_studio_vec = rounding_of(ctx.offset_yuv_studio);
+    p.offset_full_vec = rounding_of(ctx.offset_yuv_full);
+    p.offset_rgb_vec = rounding_of(ctx.offset_rgb);
     return true;
   });
 }

@@ -1,6 +1,7 @@
 #include "controls/contrast.h"
 
-#include "controls/front_end_tables.h"
+#include "controls/curve_tables.h"
+#include "controls/setter.h"
 
 namespace ppl {
 namespace {
@@ -47,7 +48,7 @@ void compose_contrast_gamma(PplContext &ctx) {
     ctx.yuv_contrast_gamma_table[i] = ctx.yuv_gamma_table[c];
     ctx.rgb_contrast_gamma_table[i] = ctx.rgb_gamma_table[c];
   }
-  compose_front_ends(ctx);
+  compose_curves(ctx);
 }
 
 }  // namespace ppl
@@ -90,7 +91,7 @@ const uint8_t *PPL_CALL ppl_rgb_contrast_gamma_table(const PplContext *ctx) {
 }
 
 uint8_t PPL_CALL ppl_copy_contrast_table(PplContext *ctx, const uint8_t table[256]) {
-  for (int i = 0; i < 256; ++i) ctx->contrast_table[i] = table[i];
+  copy_curve(ctx->contrast_table, table);
   compose_contrast_gamma(*ctx);
   return 1;
 }

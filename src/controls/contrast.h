@@ -1,7 +1,7 @@
 // The contrast curve and its products with the gamma curves.
 #pragma once
 
-#include "frame/context.h"
+#include "context/context.h"
 
 namespace ppl {
 

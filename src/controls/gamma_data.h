@@ -1,4 +1,5 @@
-// The stored families of gamma curves. One set for the whole process, shared by all contexts.
+// The stored families of gamma curves. Process-wide: one set, shared by all contexts. Meant so:
+// docs/oddities.md, "Gamma families".
 #pragma once
 
 #include <stdint.h>

@@ -1,5 +1,5 @@
 // All controls at once.
-#include "frame/context.h"
+#include "context/context.h"
 
 uint8_t PPL_CALL ppl_reset_all_controls(PplContext *ctx) {
   // The order matters to the results on the way: the colour matrices become right with saturation

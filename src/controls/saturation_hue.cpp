@@ -1,11 +1,11 @@
 // Saturation, hue and contrast become the three coefficient sets that the colour matrices take in.
+#include "context/context.h"
 #include "controls/colour_matrix.h"
-#include "frame/context.h"
 
 namespace ppl {
 namespace {
 
-using Matrix = int32_t[3][3];
+using ControlMatrix = int32_t[3][3];
 
 // floor(4096 sin(i degrees)).
 constexpr int32_t sine_table[91] = {
@@ -17,11 +17,12 @@ constexpr int32_t sine_table[91] = {
     4033, 4045, 4056, 4065, 4073, 4080, 4086, 4090, 4093, 4095, 4096};
 
 // ITU-R BT.601 in Q12: luma weights 0.299, 0.587, 0.114, and their inverse with U and V as stored.
-constexpr Matrix yuv_to_rgb_matrix = {{4096, 0, 5616}, {4096, -1376, -2859}, {4096, 7094, 0}};
-constexpr Matrix rgb_to_yuv_full_matrix = {
+constexpr ControlMatrix yuv_to_rgb_matrix = {
+    {4096, 0, 5616}, {4096, -1376, -2859}, {4096, 7094, 0}};
+constexpr ControlMatrix rgb_to_yuv_full_matrix = {
     {1225, 2404, 467}, {-707, -1389, 2095}, {2095, -1754, -340}};
 // The same squeezed to 219 steps of luma and 224 of chroma.
-constexpr Matrix rgb_to_yuv_studio_matrix = {
+constexpr ControlMatrix rgb_to_yuv_studio_matrix = {
     {1053, 2064, 401}, {-606, -1192, 1798}, {1798, -1507, -291}};
 
 int32_t whole_turn(int32_t degrees) {
@@ -39,7 +40,7 @@ int32_t sine(int32_t degrees) {
 }
 
 // Q12 operands and result, rounded.
-void multiply(Matrix &product, const Matrix &p, const Matrix &q) {
+void multiply(ControlMatrix &product, const ControlMatrix &p, const ControlMatrix &q) {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
       const int32_t sum = p[i][0] * q[0][j] + p[i][1] * q[1][j] + p[i][2] * q[2][j];
@@ -49,7 +50,7 @@ void multiply(Matrix &product, const Matrix &p, const Matrix &q) {
 }
 
 // Q12 to Q8, rounded.
-void store_set(int32_t (&set)[9], const Matrix &matrix) {
+void store_set(int32_t (&set)[9], const ControlMatrix &matrix) {
   for (int i = 0; i < 9; ++i) set[i] = (matrix[i / 3][i % 3] + 8) >> 4;
 }
 
@@ -69,17 +70,11 @@ uint8_t PPL_CALL ppl_set_sat_hue(PplContext *ctx, uint32_t nf88_sat, int32_t hue
   const int32_t s = sine(h) * sat;
   const int32_t contrast = ctx->contrast_c;
   if (contrast < -128 || contrast > 128) return 0;
-  // Twice as steep above 0: meant so.
+  // Twice as steep above 0. Meant so: docs/oddities.md, "Contrast slopes".
   const int32_t k = 256 + (contrast < 0 ? contrast : 2 * contrast);
-  const Matrix control = {{(k * 4096) >> 8, 0, 0}, {0, c, -(s >> 8)}, {0, s >> 8, c}};
+  const ControlMatrix control = {{(k * 4096) >> 8, 0, 0}, {0, c, -(s >> 8)}, {0, s >> 8, c}};
 
-  // The second and third are not each other's negative: meant so.
-  ctx->chroma_matrix[0] = c >> 4;
-  ctx->chroma_matrix[1] = -(s >> 8) >> 4;
-  ctx->chroma_matrix[2] = s >> 12;
-  ctx->chroma_matrix[3] = c >> 4;
-
-  Matrix studio, full, rgb;
+  ControlMatrix studio, full, rgb;
   multiply(studio, control, rgb_to_yuv_studio_matrix);
   multiply(full, control, rgb_to_yuv_full_matrix);
   multiply(rgb, yuv_to_rgb_matrix, full);

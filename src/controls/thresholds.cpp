@@ -3,16 +3,16 @@
 
 using namespace ppl;
 
-// A threshold with a limit: the field, its derived entry, the largest value taken (tested unsigned,
+// A threshold with a limit: the field, its parameter, the largest value taken (tested unsigned,
 // so a negative one is refused), the default, and the shift of its fixed-point form.
-#define PPL_LIMITED_THRESHOLD(name, entry, limit, initial, shift)          \
+#define PPL_LIMITED_THRESHOLD(name, parameter, limit, initial, shift)      \
   int32_t PPL_CALL ppl_##name(const PplContext *ctx) { return ctx->name; } \
                                                                            \
   uint8_t PPL_CALL ppl_set_##name(PplContext *ctx, int32_t value) {        \
     if (static_cast<uint32_t>(value) > (limit)) return 0;                  \
     ctx->name = value;                                                     \
-    return refresh_tiers(*ctx, [value](auto tier) {                        \
-      broadcast(tier.params.entry, value >> (shift));                      \
+    return refresh_parameters(*ctx, [value](Parameters &p) {               \
+      p.parameter = static_cast<decltype(p.parameter)>(value >> (shift));  \
       return true;                                                         \
     });                                                                    \
   }                                                                        \
@@ -23,25 +23,25 @@ using namespace ppl;
 PPL_LIMITED_THRESHOLD(edge_threshold, edge_threshold_vec, 1530, 100, 0)
 PPL_LIMITED_THRESHOLD(edge_threshold2, edge_threshold2_vec, 1530, 1530, 0)
 PPL_LIMITED_THRESHOLD(nf88_edge_enhance_factor, edge_enhance_factor_vec, 256, 32, 2)
-PPL_LIMITED_THRESHOLD(noise_filter_G_12T_threshold, noise_G_12T_vec, 3060, 60, 0)
-PPL_LIMITED_THRESHOLD(noise_filter_R_8T_threshold, noise_R_8T_vec, 2040, 40, 0)
-PPL_LIMITED_THRESHOLD(noise_filter_B_8T_threshold, noise_B_8T_vec, 2040, 40, 0)
+PPL_LIMITED_THRESHOLD(noise_filter_G_12T_threshold, unread.noise_G_12T_vec, 3060, 60, 0)
+PPL_LIMITED_THRESHOLD(noise_filter_R_8T_threshold, unread.noise_R_8T_vec, 2040, 40, 0)
+PPL_LIMITED_THRESHOLD(noise_filter_B_8T_threshold, unread.noise_B_8T_vec, 2040, 40, 0)
 PPL_LIMITED_THRESHOLD(CFA_T0_threshold, CFA_T0_vec, 255, 10, 0)
 PPL_LIMITED_THRESHOLD(CFA_T1_threshold, CFA_T1_vec, 63, 15, 0)
 PPL_LIMITED_THRESHOLD(intl_3T_threshold, intl_3T_vec, 765, 50, 0)
 
 #undef PPL_LIMITED_THRESHOLD
 
-// A threshold of the medium filter: any value is stored; one that does not fit the lanes leaves the
-// old vector in force.
-#define PPL_MEDIUM_THRESHOLD(name, entry, fits, shift)                     \
+// A threshold of the medium filter: any value is stored; one that does not fit a word leaves the
+// old parameter in force.
+#define PPL_MEDIUM_THRESHOLD(name, parameter, fits, shift)                 \
   int32_t PPL_CALL ppl_##name(const PplContext *ctx) { return ctx->name; } \
                                                                            \
   uint8_t PPL_CALL ppl_set_##name(PplContext *ctx, int32_t value) {        \
     ctx->name = value;                                                     \
-    return refresh_tiers(*ctx, [value](auto tier) {                        \
+    return refresh_parameters(*ctx, [value](Parameters &p) {               \
       if (!fits(value)) return false;                                      \
-      broadcast(tier.params.entry, value >> (shift));                      \
+      p.parameter = to_word(value >> (shift));                             \
       return true;                                                         \
     });                                                                    \
   }
@@ -59,8 +59,8 @@ int32_t PPL_CALL ppl_medium_filter_diff_threshold(const PplContext *ctx) {
   return ctx->medium_filter_diff_threshold;
 }
 
-// Refreshes the hot pixel vector, not one of its own: medium_diff_vec stays 0 for good, and the
-// plain value affects nothing but its getter. Meant so.
+// Refreshes the hot pixel threshold, not one of its own: medium_diff_vec stays 0 for good, and the
+// plain value affects nothing but its getter. Meant so: docs/oddities.md, "Difference threshold".
 uint8_t PPL_CALL ppl_set_medium_filter_diff_threshold(PplContext *ctx, int32_t value) {
   ctx->medium_filter_diff_threshold = value;
   return ppl_set_medium_filter_hot_pixel_threshold(ctx, ctx->medium_filter_hot_pixel_threshold);

@@ -1,7 +1,7 @@
 // What surrounds a raw frame: clearing the sums before it, making means of them after it.
 #pragma once
 
-#include "frame/context.h"
+#include "context/context.h"
 
 namespace ppl {
 

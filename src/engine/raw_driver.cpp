@@ -1,10 +1,8 @@
 #include "engine/raw_driver.h"
 
+#include "context/plan.h"
 #include "engine/dispatch.h"
 #include "engine/frame_statistics.h"
-#include "frame/plan.h"
-#include "frame/processor.h"
-#include "frame/tier_choice.h"
 
 namespace ppl {
 namespace {
@@ -18,11 +16,12 @@ bool is_current_size(const PplContext &ctx, uint32_t width, uint32_t height, uin
 // The way around of the size check is a property of the format. In the RGB formats a new size that
 // is taken runs its frame at once, and one that is refused stops it. In the others a new size that
 // is taken drops the frame that brought it; one that a limit refuses lets the frame go on with the
-// old geometry over the larger buffers.
+// old geometry over the larger buffers. Meant so: docs/oddities.md, "Dropped first frame", "Refused
+// sizes that run".
 bool runs_frame_of_new_size(PplContext &ctx, Format format, uint32_t width, uint32_t height,
                             uint32_t stride) {
   const bool taken = ppl_new_frame_size(&ctx, width, height, stride) != 0;
-  if (format == format_rgb24 || format == format_rgb32) return taken;
+  if (is_rgb(format)) return taken;
   // Within the limits only a size that no plan can be built for is refused: it never makes a frame.
   return !taken && !is_within_limits(width, height, stride);
 }
@@ -40,10 +39,7 @@ uint8_t process_raw_frame(PplContext &ctx, Format format, uint8_t *src, uint8_t 
 
   clear_statistics(ctx);
   const Buffers buffers = {src, dst, dst + ctx.out_size};
-  const bool on_sse2 = uses_sse2_tier(ctx, {src, dst});
-  const uint8_t result = on_sse2
-                             ? dispatch_quality(ctx, ctx.sse2_plan, sse2::kernels, format, buffers)
-                             : dispatch_quality(ctx, ctx.p3_plan, p3::kernels, format, buffers);
+  const uint8_t result = dispatch_quality(ctx, machine_for(ctx, {src, dst}), format, buffers);
   aggregate_statistics(ctx);
   return result;
 }
@@ -58,10 +54,10 @@ using namespace ppl;
     return process_raw_frame(*ctx, format, src, dst, width, height, stride);                     \
   }
 
-PPL_RAW_DRIVER(i420, format_i420)
-PPL_RAW_DRIVER(yuyv, format_yuyv)
-PPL_RAW_DRIVER(uyvy, format_uyvy)
-PPL_RAW_DRIVER(rgb24, format_rgb24)
-PPL_RAW_DRIVER(rgb32, format_rgb32)
+PPL_RAW_DRIVER(i420, Format::i420)
+PPL_RAW_DRIVER(yuyv, Format::yuyv)
+PPL_RAW_DRIVER(uyvy, Format::uyvy)
+PPL_RAW_DRIVER(rgb24, Format::rgb24)
+PPL_RAW_DRIVER(rgb32, Format::rgb32)
 
 #undef PPL_RAW_DRIVER

@@ -1,7 +1,7 @@
 // One raw frame, from the size check to the means.
 #pragma once
 
-#include "kernels/tier.h"
+#include "kernels/passes.h"
 
 namespace ppl {
 

@@ -2,7 +2,6 @@
 // that put the interrupted program's registers away and bring them back.
 #include <cpuid.h>
 
-#include "frame/pool.h"
 #include "platform/platform.h"
 
 // Declared here because wdm.h is not C++. A negative status is a failure; the save area is
@@ -10,7 +9,6 @@
 extern "C" {
 __attribute__((dllimport, stdcall)) int32_t KeSaveFloatingPointState(void *save_area);
 __attribute__((dllimport, stdcall)) int32_t KeRestoreFloatingPointState(void *save_area);
-__attribute__((stdcall)) int32_t DriverEntry(void *driver_object, void *registry_path);
 }
 
 namespace ppl::platform {
@@ -30,10 +28,3 @@ CpuidResult cpuid(uint32_t leaf) {
 }
 
 }  // namespace ppl::platform
-
-// The loader's entry. It is not called when the image is loaded as another driver's import; the
-// pool then is all zero because the image holds nothing else.
-int32_t DriverEntry(void *, void *) {
-  ppl::zero_pool();
-  return 0;  // STATUS_SUCCESS
-}

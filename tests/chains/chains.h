@@ -47,6 +47,7 @@ class OnEither {
 
 #define PPL_ON_EITHER(name) \
   inline constexpr OnEither name { ::name, ppl_model::name }
+PPL_ON_EITHER(ppl_free);
 PPL_ON_EITHER(ppl_new_frame_size);
 PPL_ON_EITHER(ppl_set_decimation);
 PPL_ON_EITHER(ppl_set_P3_only);
@@ -81,9 +82,11 @@ PPL_ON_EITHER(ppl_set_qual_GrmR_min_max);
 PPL_ON_EITHER(ppl_set_qual_BmGb_p_GrmR_min_max);
 PPL_ON_EITHER(ppl_set_qual_BmGb_m_GrmR_min_max);
 PPL_ON_EITHER(ppl_set_qual_B_min_max);
+PPL_ON_EITHER(ppl_set_qual_RGB_min_max);
 PPL_ON_EITHER(ppl_set_qAE_RGB_min_max);
 PPL_ON_EITHER(ppl_rgb_means_sub_windows);
 PPL_ON_EITHER(ppl_rgb_means_outside_all_sub_windows);
+PPL_ON_EITHER(ppl_rgb_means_all_sub_windows);
 PPL_ON_EITHER(ppl_rgb_means_whole_frame);
 PPL_ON_EITHER(ppl_qAE_rgb_means_whole_frame);
 PPL_ON_EITHER(ppl_qual_rgb_means_whole_frame);
@@ -91,6 +94,7 @@ PPL_ON_EITHER(ppl_n_qAE_2x2_whole_frame);
 PPL_ON_EITHER(ppl_n_qual_2x2_whole_frame);
 PPL_ON_EITHER(ppl_r_histogram);
 PPL_ON_EITHER(ppl_g_histogram);
+PPL_ON_EITHER(ppl_b_histogram);
 PPL_ON_EITHER(ppl_process_blrtoi420);
 PPL_ON_EITHER(ppl_process_blrtoyuyv);
 PPL_ON_EITHER(ppl_process_blrtouyvy);
@@ -150,12 +154,12 @@ class Chains : public ::testing::TestWithParam<Implementation> {
 
   void SetUp() override {
     if (GetParam().model) {
-      ppl_model::machine::set_flags(1u | 1u << 24 | 1u << 25 | 1u << 26);
+      ppl_model::machine::set_flags(flags_of_both_tiers);
       ppl_model::machine::reset_counts();
     } else {
       ppl::test_hooks::set_cpuid(nullptr);
       ppl::test_hooks::reset_counts();
-      if (B() == 16 && !has_sse2_tier()) GTEST_SKIP() << "no SSE2 tier on this processor";
+      if (B() == 16 && !has_tier(Tier::sse2)) GTEST_SKIP() << "no SSE2 tier on this processor";
     }
     start();
   }
@@ -170,6 +174,24 @@ class Chains : public ::testing::TestWithParam<Implementation> {
       ppl::test_hooks::reload_pool();
       ctx.library = ::ppl_init();
     }
+    make_neutral();
+  }
+
+  // Gives the context back and takes it again.
+  void change_owner() {
+    const EitherContext before = ctx;
+    EXPECT_EQ(ppl_free(ctx), 1);
+    if (GetParam().model) {
+      ctx.model = ppl_model::ppl_init();
+    } else {
+      ctx.library = ::ppl_init();
+    }
+    ASSERT_EQ(ctx.model, before.model);
+    ASSERT_EQ(ctx.library, before.library);
+    make_neutral();
+  }
+
+  void make_neutral() {
     run_tier(GetParam().tier);
     Bytes identity(256);
     for (size_t i = 0; i < 256; ++i) identity[i] = static_cast<uint8_t>(i);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "chains/chains.h"
+#include "support/combinations.h"
 
 namespace ppl_test::chains {
 namespace {
@@ -242,21 +243,20 @@ TEST_P(ChainFlatCells, QualitiesWithoutATestUseTheMaskThatTheLastOneLeft) {
   fill(101);
   EXPECT_EQ(run(1, Format::rgb24).pixel(20, 20), (Pixel{101, 100, 101}));
   // Smoothed cells of 60; an edge in the last column breaks the last two of each block.
-  for (const uint32_t left_by : {10u, 11u})
-    for (const uint32_t used_by : {0u, 1u})
-      for (const bool filter : {false, true}) {
-        fill(60);
-        for (int y = 0; y < H; ++y) raw(W - 1, y) = 200;
-        run(left_by, Format::uyvy);
-        filter ? ppl_enable_medium_filter(ctx) : ppl_disable_medium_filter(ctx);
-        fill(100);
-        show(Channel::green);
-        const Picture picture = run(used_by, Format::rgb24);
-        for (int y = 0; y < H; ++y)
-          for (int x = 0; x < W; ++x)
-            ASSERT_EQ(picture.pixel(x, y).g, x % B() < B() - 4 ? 60 : 100)
-                << used_by << " after " << left_by << " at " << x << ", " << y;
-      }
+  for (const auto &[left_by, used_by, filter] :
+       combinations(std::array{10u, 11u}, std::array{0u, 1u}, std::array{false, true})) {
+    fill(60);
+    for (int y = 0; y < H; ++y) raw(W - 1, y) = 200;
+    run(left_by, Format::uyvy);
+    filter ? ppl_enable_medium_filter(ctx) : ppl_disable_medium_filter(ctx);
+    fill(100);
+    show(Channel::green);
+    const Picture picture = run(used_by, Format::rgb24);
+    for (int y = 0; y < H; ++y)
+      for (int x = 0; x < W; ++x)
+        ASSERT_EQ(picture.pixel(x, y).g, x % B() < B() - 4 ? 60 : 100)
+            << used_by << " after " << left_by << " at " << x << ", " << y;
+  }
 }
 
 TEST_P(ChainFlatCells, TheMaskIsThatOfTheLastCellRow) {
@@ -282,9 +282,21 @@ TEST_P(ChainFlatCells, OtherQualitiesNeitherUseNorClearTheMask) {
   EXPECT_EQ(run(1, Format::rgb24).pixel(20, 20), (Pixel{60, 60, 60}));
 }
 
+TEST_P(ChainFlatCells, TheMaskOutlivesItsContextsOwner) {
+  fill(60);
+  run(11, Format::i420);
+  change_owner();
+  EXPECT_EQ(run(1, Format::rgb24).pixel(20, 20), (Pixel{60, 60, 60}));
+  // Another frame does not: here no cell of the last block is flat.
+  paint_texture();
+  run(11, Format::i420);
+  fill(100);
+  EXPECT_EQ(run(1, Format::rgb24).pixel(20, 20), (Pixel{100, 100, 100}));
+}
+
 TEST_P(ChainFlatCells, TheMaskBelongsToItsTier) {
   const Tier other = GetParam().tier == Tier::p3 ? Tier::sse2 : Tier::p3;
-  if (other == Tier::sse2 && !GetParam().model && !has_sse2_tier())
+  if (other == Tier::sse2 && !GetParam().model && !has_tier(Tier::sse2))
     GTEST_SKIP() << "no SSE2 tier on this processor";
   fill(60);
   run(11, Format::i420);

@@ -87,11 +87,14 @@ Processor tier_of(uint32_t flags) {
 }
 
 // Even widths and heights mostly; small, since a case runs many frames. The smallest that a tier
-// accepts, multiples of no block, and now and then a large one.
+// accepts, multiples of no block, those that become odd when they are scaled down, and now and then
+// a large one.
 Generator::Size choose_size(const Options &options, ppl_test::Random &random, Processor processor) {
   const uint32_t narrowest = processor == Processor::sse2 ? 128 : 64;
   uint32_t width = narrowest + 2 * random.below(37);
-  uint32_t height = random.pick<uint32_t>({13, 14, 15, 17, 18, 20, 22, 24, 26, 28, 32, 40, 48, 64});
+  if (random.one_in(4)) width = narrowest + 4 + 8 * random.below(9);
+  uint32_t height =
+      random.pick<uint32_t>({13, 14, 15, 17, 18, 20, 22, 24, 26, 28, 30, 32, 40, 44, 46, 48, 64});
   if (random.one_in(3))
     width = random.pick<uint32_t>({128, 136, 144, 160, 176, 192, 200, 240, 320});
   if (random.one_in(10)) width |= 1;
@@ -127,6 +130,7 @@ uint32_t weight(const Options &options, const Generator &generator, const Operat
              options.decimations.end();
     };
     const bool driver = has("ppl_process_");
+    if (is_raw && !driver && generator.keeps_scale) return 0;
     const int32_t d = has("_deci_2_1") ? 1 : has("_intp_1_2") ? -1 : 0;
     if (is_raw && !driver && !has("_intp_1_4") && !allowed(d)) return 0;
   }
@@ -142,12 +146,13 @@ uint32_t weight(const Options &options, const Generator &generator, const Operat
 
 Case make_case(const Options &options, uint64_t seed, uint64_t number) {
   Case one{seed, number, Processor::none, {}, {}};
-  Generator generator{options, ppl_test::Random(seed, number), Processor::none, true, {}};
+  Generator generator{options, ppl_test::Random(seed, number), Processor::none, true, false, {}};
   ppl_test::Random &random = generator.random;
   choose_processor(options, random, one);
   one.processor = tier_of(model_flags(one));
   generator.processor = one.processor;
   generator.has_frames = !random.one_in(6);
+  generator.keeps_scale = one.processor != Processor::none && random.one_in(3);
   for (uint32_t i = 1 + random.below(3); i > 0; --i)
     generator.palette.push_back(choose_size(options, random, one.processor));
 
@@ -169,7 +174,8 @@ Case make_case(const Options &options, uint64_t seed, uint64_t number) {
     if (!random.one_in(4)) add_named("ppl_new_frame_size");
     if (!random.one_in(3)) add_named("ppl_set_quality");
     if (random.one_in(2) && options.tier.empty()) add_named("ppl_set_P3_only");
-    if (random.one_in(3)) add_named("ppl_set_decimation");
+    if (random.one_in(generator.keeps_scale || options.packed_video ? 2 : 3))
+      add_named("ppl_set_decimation");
     if (random.one_in(3)) add_named("ppl_set_h_mirror");
     if (random.one_in(3)) add_named("ppl_set_v_mirror");
     if (options.packed_video && random.one_in(2)) add_named("ppl_set_intl_3T_threshold");

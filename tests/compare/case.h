@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "compare/operations.h"
-#include "platform/test_hooks.h"
+#include "testing/test_hooks.h"
 
 namespace ppl_compare {
 

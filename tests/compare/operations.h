@@ -44,6 +44,8 @@ struct Generator {
   ppl_test::Random random;
   Processor processor = Processor::sse2;
   bool has_frames = true;  // otherwise controls alone, with values at which no frame could run
+  // Raw frames through drivers alone: entry functions would set decimation and black lines anew.
+  bool keeps_scale = false;
   struct Size {
     uint32_t width, height;
   };

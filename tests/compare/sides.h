@@ -1,10 +1,10 @@
 // The two sides of the comparison: the library and the reference model.
 #pragma once
 
-#include "frame/context.h"
+#include "context/context.h"
 #include "model/model.h"
-#include "platform/test_hooks.h"
 #include "ppl.h"
+#include "testing/test_hooks.h"
 
 namespace ppl_compare {
 

@@ -208,90 +208,78 @@ std::string compare_reader_pointers(const Pair &pair) {
 
 // ---- Derived state
 
-template <int Bytes>
-std::string compare_entry(const char *name, const ppl_model::WordLanes &expected,
-                          const ppl::WordVector<Bytes> &actual) {
-  for (size_t i = 0; i < Bytes / 2; ++i)
-    if (expected[i % 4] != actual.lane[i]) return differs(name, i, expected[i % 4], actual.lane[i]);
-  return {};
+template <class Value>
+std::string compare_entry(const char *name, Value expected, Value actual) {
+  return expected == actual ? std::string() : differs(name, expected, actual);
 }
 
-template <int Bytes>
-std::string compare_entry(const char *name, const ppl_model::ByteLanes &expected,
-                          const ppl::ByteVector<Bytes> &actual) {
-  for (size_t i = 0; i < Bytes; ++i)
-    if (expected[i % 8] != actual.lane[i]) return differs(name, i, expected[i % 8], actual.lane[i]);
-  return {};
+template <class Value>
+std::string compare_entry(const char *name, const ppl_model::Pair<Value> &expected,
+                          const ppl::Pair<Value> &actual) {
+  const Value a[2] = {expected.even, expected.odd};
+  const Value b[2] = {actual.even, actual.odd};
+  return compare_array(name, a, b, 2);
 }
 
-template <int Bytes>
 std::string compare_entry(const char *name, const ppl_model::WordMatrix &expected,
-                          const ppl::WordVector<Bytes> (&actual)[9]) {
-  for (size_t i = 0; i < 9; ++i) {
-    const std::string full = std::string(name) + " entry " + std::to_string(i);
-    if (auto text = compare_entry(full.c_str(), expected[i], actual[i]); !text.empty()) return text;
-  }
-  return {};
+                          const ppl::Matrix &actual) {
+  return compare_array(name, expected.data(), actual, expected.size());
 }
 
 // clang-format off
-#define PPL_COMPARE_VECTORS(VECTOR) \
-  VECTOR(qual_BmGb_lo_vec) VECTOR(qual_BmGb_hi_vec) VECTOR(qual_GrmR_lo_vec) \
-  VECTOR(qual_GrmR_hi_vec) VECTOR(qual_BmGb_p_GrmR_lo_vec) VECTOR(qual_BmGb_p_GrmR_hi_vec) \
-  VECTOR(qual_BmGb_m_GrmR_lo_vec) VECTOR(qual_BmGb_m_GrmR_hi_vec) VECTOR(qual_GR_base_vec) \
-  VECTOR(qual_GR_span_vec) VECTOR(qual_BG_base_vec) VECTOR(qual_BG_span_vec) \
-  VECTOR(qAE_min_vec) VECTOR(qAE_lo_vec) VECTOR(qAE_max_vec) VECTOR(qAE_hi_vec) \
-  VECTOR(edge_threshold_vec) VECTOR(edge_threshold2_vec) VECTOR(edge_enhance_factor_vec) \
-  VECTOR(intl_3T_vec) VECTOR(noise_G_12T_vec) VECTOR(noise_R_8T_vec) VECTOR(noise_B_8T_vec) \
-  VECTOR(CFA_T0_vec) VECTOR(CFA_T1_vec) VECTOR(rgb_slope_vec) VECTOR(full_slope_vec) \
-  VECTOR(studio_slope_vec) VECTOR(studio_slope_q12_vec) VECTOR(rgb_base0_vec) \
-  VECTOR(full_base0_vec) VECTOR(studio_base0_vec) VECTOR(studio_base0_q12_vec) \
-  VECTOR(rgb_base1_vec) VECTOR(full_base1_vec) VECTOR(studio_base1_vec) \
-  VECTOR(studio_base1_q12_vec) VECTOR(index_mask_vec) VECTOR(offset_studio_vec) \
-  VECTOR(offset_full_vec) VECTOR(offset_rgb_vec) VECTOR(rgb_gain_BG_vec) \
-  VECTOR(rgb_gain_GR_vec) VECTOR(quals_gain_BG_vec) VECTOR(quals_gain_GR_vec) \
-  VECTOR(rgb_delta_BG_vec) VECTOR(rgb_delta_GR_vec) VECTOR(optical_black_BG_vec) \
-  VECTOR(optical_black_GR_vec) VECTOR(medium_diff_vec) VECTOR(medium_hot_vec) \
-  VECTOR(medium_dead_vec) VECTOR(medium_hot_pct_vec) VECTOR(medium_dead_pct_vec)
+#define PPL_COMPARE_READ(ENTRY) \
+  ENTRY(qual_BmGb_lo_vec) ENTRY(qual_BmGb_hi_vec) ENTRY(qual_GrmR_lo_vec) \
+  ENTRY(qual_GrmR_hi_vec) ENTRY(qual_BmGb_p_GrmR_lo_vec) ENTRY(qual_BmGb_p_GrmR_hi_vec) \
+  ENTRY(qual_BmGb_m_GrmR_lo_vec) ENTRY(qual_BmGb_m_GrmR_hi_vec) ENTRY(qual_GR_base_vec) \
+  ENTRY(qual_GR_span_vec) ENTRY(qual_BG_base_vec) ENTRY(qual_BG_span_vec) \
+  ENTRY(qAE_min_vec) ENTRY(qAE_max_vec) ENTRY(edge_threshold_vec) ENTRY(edge_threshold2_vec) \
+  ENTRY(edge_enhance_factor_vec) ENTRY(intl_3T_vec) ENTRY(CFA_T0_vec) ENTRY(CFA_T1_vec) \
+  ENTRY(rgb_slope_vec) ENTRY(full_slope_vec) ENTRY(studio_slope_vec) ENTRY(rgb_base0_vec) \
+  ENTRY(full_base0_vec) ENTRY(studio_base0_vec) ENTRY(rgb_base1_vec) ENTRY(studio_base1_vec) \
+  ENTRY(index_bound_vec) ENTRY(offset_studio_vec) ENTRY(offset_full_vec) ENTRY(offset_rgb_vec) \
+  ENTRY(rgb_gain_BG_vec) ENTRY(rgb_gain_GR_vec) ENTRY(rgb_delta_BG_vec) ENTRY(rgb_delta_GR_vec) \
+  ENTRY(optical_black_BG_vec) ENTRY(optical_black_GR_vec) ENTRY(medium_hot_vec) \
+  ENTRY(medium_dead_vec) ENTRY(medium_hot_pct_vec) ENTRY(medium_dead_pct_vec)
+#define PPL_COMPARE_UNREAD(ENTRY) \
+  ENTRY(qAE_lo_vec) ENTRY(qAE_hi_vec) ENTRY(noise_G_12T_vec) ENTRY(noise_R_8T_vec) \
+  ENTRY(noise_B_8T_vec) ENTRY(studio_slope_q12_vec) ENTRY(studio_base0_q12_vec) \
+  ENTRY(studio_base1_q12_vec) ENTRY(full_base1_vec) ENTRY(quals_gain_BG_vec) \
+  ENTRY(quals_gain_GR_vec) ENTRY(medium_diff_vec)
 // clang-format on
 
-template <int Bytes>
-std::string compare_block(const ppl_model::DerivedBlock &expected,
-                          const ppl::ParameterBlock<Bytes> &actual) {
-#define PPL_COMPARE_VECTOR(name) \
-  if (auto text = compare_entry(#name, expected.name, actual.name); !text.empty()) return text;
-  PPL_COMPARE_VECTORS(PPL_COMPARE_VECTOR)
-#undef PPL_COMPARE_VECTOR
+std::string compare_parameters(const Pair &pair) {
+  const ppl_model::Parameters &expected = ppl_model::derived(pair.model);
+  const ppl::Parameters &actual = pair.library->params;
+#define PPL_COMPARE_ENTRY(name, place)                                       \
+  if (auto text = compare_entry(#name, expected.name, place); !text.empty()) \
+    return "parameter " + text;
+#define PPL_COMPARE_ONE_READ(name) PPL_COMPARE_ENTRY(name, actual.name)
+#define PPL_COMPARE_ONE_UNREAD(name) PPL_COMPARE_ENTRY(name, actual.unread.name)
+  PPL_COMPARE_READ(PPL_COMPARE_ONE_READ)
+  PPL_COMPARE_UNREAD(PPL_COMPARE_ONE_UNREAD)
+#undef PPL_COMPARE_ONE_UNREAD
+#undef PPL_COMPARE_ONE_READ
+#undef PPL_COMPARE_ENTRY
   return {};
 }
 
-std::string compare_plan(const ppl_model::FramePlan &expected, const ppl::FramePlan &actual) {
-#define PPL_COMPARE_FIELD(name) \
-  if (expected.name != actual.name) return differs(#name, expected.name, actual.name);
-  PPL_COMPARE_FIELD(grid_left)
-  PPL_COMPARE_FIELD(grid_right)
-  PPL_COMPARE_FIELD(grid_top)
-  PPL_COMPARE_FIELD(grid_bottom)
-  PPL_COMPARE_FIELD(grid_width)
-  PPL_COMPARE_FIELD(grid_height)
-  PPL_COMPARE_FIELD(cell_width)
-  PPL_COMPARE_FIELD(cell_height)
-  PPL_COMPARE_FIELD(block_columns)
-  PPL_COMPARE_FIELD(block_rows)
-  PPL_COMPARE_FIELD(marker_cell)
-#undef PPL_COMPARE_FIELD
-  if (auto text = compare_array("chain_normaliser", expected.chain_normaliser.data(),
-                                actual.chain_normaliser, ppl::chain_normaliser_entries);
-      !text.empty())
-    return text;
-  for (int i = 0; i < ppl::stride_table_entries; ++i) {
-    const auto entry = static_cast<size_t>(i);
-    if (ppl_model::stride_entry_exists(i) &&
-        expected.stride_table[entry] != actual.stride_table[entry])
-      return differs("stride_table", entry, expected.stride_table[entry],
-                     actual.stride_table[entry]);
-  }
-  return {};
+std::string compare_tier(const Pair &pair, ppl_model::Tier tier) {
+  const ppl_model::FramePlan &expected = ppl_model::plan(pair.model, tier);
+  const ppl::TierState &actual =
+      tier == ppl_model::Tier::p3 ? pair.library->p3 : pair.library->sse2;
+  const auto compare = [&]() -> std::string {
+    if (expected.cell_width != actual.plan.cell_width)
+      return differs("cell_width", expected.cell_width, actual.plan.cell_width);
+    if (expected.cell_height != actual.plan.cell_height)
+      return differs("cell_height", expected.cell_height, actual.plan.cell_height);
+    if (expected.marker_cell != actual.memory.marker_cell)
+      return differs("marker_cell", expected.marker_cell, actual.memory.marker_cell);
+    return compare_array("chain_normaliser", expected.chain_normaliser.data(),
+                         actual.plan.chain_normaliser, ppl::chain_normaliser_entries);
+  };
+  const std::string text = compare();
+  if (text.empty()) return {};
+  return std::string(tier == ppl_model::Tier::p3 ? "P3" : "SSE2") + " tier: " + text;
 }
 
 std::string compare_plain(const Pair &pair) {
@@ -308,7 +296,6 @@ std::string compare_plain(const Pair &pair) {
   PPL_COMPARE_FIELD(frame_size_8)
   PPL_COMPARE_FIELD(out_width)
   PPL_COMPARE_FIELD(out_height)
-  PPL_COMPARE_FIELD(out_width_2)
   PPL_COMPARE_FIELD(out_size)
   PPL_COMPARE_FIELD(out_size_4)
   PPL_COMPARE_FIELD(mean_normaliser)
@@ -328,7 +315,6 @@ std::string compare_plain(const Pair &pair) {
   PPL_COMPARE_FIELD(colour_rgb, 9)
   PPL_COMPARE_FIELD(colour_yuv_full, 9)
   PPL_COMPARE_FIELD(colour_yuv_studio, 9)
-  PPL_COMPARE_FIELD(chroma_matrix, 4)
 #undef PPL_COMPARE_FIELD
   return {};
 }
@@ -339,20 +325,10 @@ std::string compare_streams(const Pair &pair) {
   if (auto text = compare_getters(pair); !text.empty()) return text;
   if (auto text = compare_tables(pair); !text.empty()) return text;
   if (auto text = compare_plain(pair); !text.empty()) return text;
-  using ppl_model::Tier;
-  if (auto text = compare_block(ppl_model::derived(pair.model, Tier::p3), pair.library->p3_params);
-      !text.empty())
-    return "P3 block: " + text;
-  if (auto text =
-          compare_block(ppl_model::derived(pair.model, Tier::sse2), pair.library->sse2_params);
-      !text.empty())
-    return "SSE2 block: " + text;
-  if (auto text = compare_plan(ppl_model::plan(pair.model, Tier::p3), pair.library->p3_plan);
-      !text.empty())
-    return "P3 plan: " + text;
-  if (auto text = compare_plan(ppl_model::plan(pair.model, Tier::sse2), pair.library->sse2_plan);
-      !text.empty())
-    return "SSE2 plan: " + text;
+  if (auto text = compare_parameters(pair); !text.empty()) return text;
+  for (const auto tier : {ppl_model::Tier::p3, ppl_model::Tier::sse2}) {
+    if (auto text = compare_tier(pair, tier); !text.empty()) return text;
+  }
   if (auto text = compare_reader_pointers(pair); !text.empty()) return text;
   if (pair.statistics_are_free) return {};
   return compare_statistics(pair);

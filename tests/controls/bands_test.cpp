@@ -34,28 +34,28 @@ class BandTest : public ControlsTest, public testing::WithParamInterface<BandCon
 
 class WordBand : public BandTest {
  protected:
-  void expect_vectors(int lo, int hi) {
-    expect_words(std::string(GetParam().name) + "_lo_vec", {lo});
-    expect_words(std::string(GetParam().name) + "_hi_vec", {hi});
+  void expect_limits(int lo, int hi) {
+    expect_value(std::string(GetParam().name) + "_lo_vec", lo);
+    expect_value(std::string(GetParam().name) + "_hi_vec", hi);
   }
 };
 
 TEST_P(WordBand, StartsAtItsDefault) {
   const auto [min, max] = std::pair(GetParam().default_min, GetParam().default_max);
   expect_band(min, max, max - min + 1);
-  expect_vectors(min - 1, max + 1);
+  expect_limits(min - 1, max + 1);
 }
 
-TEST_P(WordBand, VectorsStandOneOutsideTheLimits) {
+TEST_P(WordBand, EntriesStandOneOutsideTheLimits) {
   EXPECT_EQ(set(-100, 200), 1);
   expect_band(-100, 200, 301);
-  expect_vectors(-101, 201);
+  expect_limits(-101, 201);
 }
 
 TEST_P(WordBand, OneValueIsABandOfSpanOne) {
   EXPECT_EQ(set(5, 5), 1);
   expect_band(5, 5, 1);
-  expect_vectors(4, 6);
+  expect_limits(4, 6);
 }
 
 TEST_P(WordBand, ReversedLimitsAreRefused) {
@@ -64,16 +64,16 @@ TEST_P(WordBand, ReversedLimitsAreRefused) {
   EXPECT_EQ(set(0, -1), 0);
   EXPECT_EQ(set(INT_MAX, INT_MIN), 0);
   expect_band(5, 5, 1);
-  expect_vectors(4, 6);
+  expect_limits(4, 6);
 }
 
-TEST_P(WordBand, TakesTheWholeRangeOfALane) {
+TEST_P(WordBand, TakesTheWholeRangeOfAWord) {
   EXPECT_EQ(set(-32767, 32766), 1);
   expect_band(-32767, 32766, 65534);
-  expect_vectors(-32768, 32767);
+  expect_limits(-32768, 32767);
 }
 
-TEST_P(WordBand, LimitsThatDoNotFitAreStoredAndKeepBothVectors) {
+TEST_P(WordBand, LimitsThatDoNotFitAreStoredAndKeepBothEntries) {
   const struct {
     int32_t min, max;
   } cases[] = {{-32768, 0}, {0, 32767}, {-32769, 0}, {0, 32768}, {40000, 50000}, {-50000, -40000}};
@@ -82,7 +82,7 @@ TEST_P(WordBand, LimitsThatDoNotFitAreStoredAndKeepBothVectors) {
     ASSERT_EQ(set(5, 6), 1);
     EXPECT_EQ(set(min, max), 0);
     expect_band(min, max, max - min + 1);
-    expect_vectors(4, 7);
+    expect_limits(4, 7);
   }
 }
 
@@ -90,7 +90,7 @@ TEST_P(WordBand, TheWidestLimitsWrapInTheirSpan) {
   ASSERT_EQ(set(5, 6), 1);
   EXPECT_EQ(set(INT_MIN, INT_MAX), 0);
   expect_band(INT_MIN, INT_MAX, 0);
-  expect_vectors(4, 7);
+  expect_limits(4, 7);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -152,50 +152,50 @@ INSTANTIATE_TEST_SUITE_P(
 
 class Bands : public ControlsTest {
  protected:
-  void expect_level_vectors(const std::vector<int> &GR_base, const std::vector<int> &GR_span,
-                            const std::vector<int> &BG_base, const std::vector<int> &BG_span) {
-    expect_bytes("qual_GR_base_vec", GR_base);
-    expect_bytes("qual_GR_span_vec", GR_span);
-    expect_bytes("qual_BG_base_vec", BG_base);
-    expect_bytes("qual_BG_span_vec", BG_span);
+  void expect_levels(const Values &GR_base, const Values &GR_span, const Values &BG_base,
+                     const Values &BG_span) {
+    EXPECT_EQ(entry_values(context, "qual_GR_base_vec"), GR_base);
+    EXPECT_EQ(entry_values(context, "qual_GR_span_vec"), GR_span);
+    EXPECT_EQ(entry_values(context, "qual_BG_base_vec"), BG_base);
+    EXPECT_EQ(entry_values(context, "qual_BG_span_vec"), BG_span);
   }
 };
 
-TEST_F(Bands, OpenLevelBandsHaveASpanVectorOf255) {
+TEST_F(Bands, OpenLevelBandsHaveASpanOf255) {
   EXPECT_EQ(ppl_set_qual_R_min_max(context, 0, 255), 1);
-  expect_level_vectors({0, 0}, {255, 255}, {0, 0}, {255, 255});
+  expect_levels({0, 0}, {255, 255}, {0, 0}, {255, 255});
 }
 
-TEST_F(Bands, LevelVectorsJoinTwoChannelsPerLineKind) {
+TEST_F(Bands, LevelPairsJoinTwoChannelsPerLineKind) {
   EXPECT_EQ(ppl_set_qual_RGB_min_max(context, 10, 30, 40, 80, 100, 255), 1);
-  expect_level_vectors({40, 10}, {40, 20}, {100, 40}, {155, 40});
+  expect_levels({40, 10}, {40, 20}, {100, 40}, {155, 40});
 }
 
 TEST_F(Bands, ARedBandWritesTheRedPairAlone) {
   ppl_set_qual_RGB_min_max(context, 10, 30, 40, 80, 100, 255);
   EXPECT_EQ(ppl_set_qual_R_min_max(context, 11, 12), 1);
-  expect_level_vectors({40, 11}, {40, 1}, {100, 40}, {155, 40});
+  expect_levels({40, 11}, {40, 1}, {100, 40}, {155, 40});
 }
 
 TEST_F(Bands, AGreenBandWritesBothPairs) {
   ppl_set_qual_RGB_min_max(context, 10, 30, 40, 80, 100, 255);
   EXPECT_EQ(ppl_set_qual_G_min_max(context, 11, 12), 1);
-  expect_level_vectors({11, 10}, {1, 20}, {100, 11}, {155, 1});
+  expect_levels({11, 10}, {1, 20}, {100, 11}, {155, 1});
 }
 
 TEST_F(Bands, ABlueBandWritesTheBluePairAlone) {
   ppl_set_qual_RGB_min_max(context, 10, 30, 40, 80, 100, 255);
   EXPECT_EQ(ppl_set_qual_B_min_max(context, 11, 12), 1);
-  expect_level_vectors({40, 10}, {40, 20}, {11, 40}, {1, 40});
+  expect_levels({40, 10}, {40, 20}, {11, 40}, {1, 40});
 }
 
 // The pair is rebuilt whole, so it takes up what an earlier failed save left behind.
 TEST_F(Bands, ARedBandBringsTheStoredGreenBandIntoItsPair) {
   test_hooks::fail_saves(0, 1);
   ppl_set_qual_G_min_max(context, 40, 80);
-  expect_level_vectors({0, 0}, {255, 255}, {0, 0}, {255, 255});
+  expect_levels({0, 0}, {255, 255}, {0, 0}, {255, 255});
   ppl_set_qual_R_min_max(context, 10, 30);
-  expect_level_vectors({40, 10}, {40, 20}, {0, 0}, {255, 255});
+  expect_levels({40, 10}, {40, 20}, {0, 0}, {255, 255});
 }
 
 TEST_F(Bands, AllThreeLevelBandsAreStoredWithTheirSpans) {
@@ -211,7 +211,7 @@ TEST_F(Bands, ABadBlueBandLeavesRedAndGreenAsTheyWere) {
   EXPECT_EQ(ppl_qual_R_max(context), 255);
   EXPECT_EQ(ppl_qual_G_min(context), 0);
   EXPECT_EQ(ppl_qual_G_max(context), 255);
-  expect_level_vectors({0, 0}, {255, 255}, {0, 0}, {255, 255});
+  expect_levels({0, 0}, {255, 255}, {0, 0}, {255, 255});
 }
 
 TEST_F(Bands, EachLimitOfTheCombinedSetterIsTested) {
@@ -231,54 +231,54 @@ TEST_F(Bands, EachLimitOfTheCombinedSetterIsTested) {
 
 // ---- Exposure band ----
 
-TEST_F(Bands, ExposureVectorsHoldTheLimitsAndTheirNeighbours) {
+TEST_F(Bands, ExposureEntriesHoldTheLimitsAndTheirNeighbours) {
   EXPECT_EQ(ppl_set_qAE_RGB_min_max(context, 60, 200), 1);
-  expect_bytes("qAE_min_vec", {60});
-  expect_bytes("qAE_lo_vec", {59});
-  expect_bytes("qAE_max_vec", {200});
-  expect_bytes("qAE_hi_vec", {201});
+  expect_value("qAE_min_vec", 60);
+  expect_value("qAE_lo_vec", 59);
+  expect_value("qAE_max_vec", 200);
+  expect_value("qAE_hi_vec", 201);
 }
 
-TEST_F(Bands, ExposureVectorsWrapAtTheEnds) {
+TEST_F(Bands, ExposureEntriesWrapAtTheEnds) {
   EXPECT_EQ(ppl_set_qAE_RGB_min_max(context, 0, 255), 1);
-  expect_bytes("qAE_min_vec", {0});
-  expect_bytes("qAE_lo_vec", {255});
-  expect_bytes("qAE_max_vec", {255});
-  expect_bytes("qAE_hi_vec", {0});
+  expect_value("qAE_min_vec", 0);
+  expect_value("qAE_lo_vec", 255);
+  expect_value("qAE_max_vec", 255);
+  expect_value("qAE_hi_vec", 0);
 }
 
 // ---- Gains of the qual test ----
 
-TEST_F(Bands, QualsGainsMakeWordPairsWithSixFractionalBits) {
+TEST_F(Bands, QualsGainsMakePairsWithSixFractionalBits) {
   EXPECT_EQ(ppl_set_quals_rgb_gain(context, 256, 512, 1023), 0);
   EXPECT_EQ(ppl_nf88_quals_r_gain(context), 256);
   EXPECT_EQ(ppl_nf88_quals_g_gain(context), 512);
   EXPECT_EQ(ppl_nf88_quals_b_gain(context), 1023);
-  expect_words("quals_gain_BG_vec", {255, 128});
-  expect_words("quals_gain_GR_vec", {128, 64});
+  expect_pair("quals_gain_BG_vec", 255, 128);
+  expect_pair("quals_gain_GR_vec", 128, 64);
 }
 
 TEST_F(Bands, QualsGainsStartAtOne) {
   EXPECT_EQ(ppl_nf88_quals_r_gain(context), 256);
   EXPECT_EQ(ppl_nf88_quals_g_gain(context), 256);
   EXPECT_EQ(ppl_nf88_quals_b_gain(context), 256);
-  expect_words("quals_gain_BG_vec", {64, 64});
-  expect_words("quals_gain_GR_vec", {64, 64});
+  expect_pair("quals_gain_BG_vec", 64, 64);
+  expect_pair("quals_gain_GR_vec", 64, 64);
 }
 
 TEST_F(Bands, QualsGainsTake0To1023) {
   const struct {
     int32_t gain;
-    int lane;
+    int value;
   } cases[] = {{0, 0}, {3, 0}, {4, 1}, {1020, 255}, {1023, 255}};
-  for (const auto &[gain, lane] : cases) {
+  for (const auto &[gain, value] : cases) {
     SCOPED_TRACE(gain);
     EXPECT_EQ(ppl_set_quals_r_gain(context, gain), 0);
-    expect_words("quals_gain_GR_vec", {64, lane});
+    expect_pair("quals_gain_GR_vec", 64, value);
   }
 }
 
-TEST_F(Bands, QualsGainsThatDoNotFitAreStoredAndKeepTheVectors) {
+TEST_F(Bands, QualsGainsThatDoNotFitAreStoredAndKeepThePairs) {
   for (const int32_t bad : {-1, 1024, INT_MAX, INT_MIN}) {
     SCOPED_TRACE(bad);
     EXPECT_EQ(ppl_set_quals_rgb_gain(context, bad, 300, 400), 0);
@@ -289,29 +289,29 @@ TEST_F(Bands, QualsGainsThatDoNotFitAreStoredAndKeepTheVectors) {
     EXPECT_EQ(ppl_nf88_quals_b_gain(context), bad);
     EXPECT_EQ(ppl_set_quals_r_gain(context, bad), 0);
     EXPECT_EQ(ppl_nf88_quals_r_gain(context), bad);
-    expect_words("quals_gain_BG_vec", {64, 64});
-    expect_words("quals_gain_GR_vec", {64, 64});
+    expect_pair("quals_gain_BG_vec", 64, 64);
+    expect_pair("quals_gain_GR_vec", 64, 64);
   }
 }
 
-TEST_F(Bands, ASingleQualsGainWritesItsOwnLanesAlone) {
+TEST_F(Bands, ASingleQualsGainWritesItsOwnColumnsAlone) {
   ppl_set_quals_rgb_gain(context, 4, 8, 12);
   ppl_set_quals_r_gain(context, 40);
-  expect_words("quals_gain_BG_vec", {3, 2});
-  expect_words("quals_gain_GR_vec", {2, 10});
+  expect_pair("quals_gain_BG_vec", 3, 2);
+  expect_pair("quals_gain_GR_vec", 2, 10);
   ppl_set_quals_g_gain(context, 80);
-  expect_words("quals_gain_BG_vec", {3, 20});
-  expect_words("quals_gain_GR_vec", {20, 10});
+  expect_pair("quals_gain_BG_vec", 3, 20);
+  expect_pair("quals_gain_GR_vec", 20, 10);
   ppl_set_quals_b_gain(context, 120);
-  expect_words("quals_gain_BG_vec", {30, 20});
-  expect_words("quals_gain_GR_vec", {20, 10});
+  expect_pair("quals_gain_BG_vec", 30, 20);
+  expect_pair("quals_gain_GR_vec", 20, 10);
 }
 
 TEST_F(Bands, ASingleQualsGainIgnoresAnotherChannelThatDoesNotFit) {
   ppl_set_quals_rgb_gain(context, 4, 8, 12);
   ppl_set_quals_rgb_gain(context, 4, 5000, 12);
   EXPECT_EQ(ppl_set_quals_r_gain(context, 40), 0);
-  expect_words("quals_gain_GR_vec", {2, 10});
+  expect_pair("quals_gain_GR_vec", 2, 10);
 }
 
 }  // namespace

@@ -28,7 +28,6 @@ inline int16_t wrap16(int64_t value) {
 struct ColourSets {
   Matrix rgb, yuv_full, yuv_studio;  // Q8
   int32_t offset_rgb, offset_yuv_full, offset_yuv_studio;
-  std::array<int32_t, 4> chroma;
 };
 
 // Q12, of whole degrees.
@@ -82,14 +81,12 @@ inline ColourSets colour_sets(uint32_t nf88_sat, int32_t hue, int32_t contrast_c
   sets.rgb = q12_to_q8(product(yuv_to_rgb, full));
   sets.offset_yuv_studio = sets.offset_yuv_full = 32768 - 128 * k;
   sets.offset_rgb = (sets.offset_yuv_full * 4096) >> 12;
-  sets.chroma = {c >> 4, -(s >> 8) >> 4, s >> 12, c >> 4};
   return sets;
 }
 
 // ---- Derived entries ----
 
-// Keeps the low 16 bits of what is within 17 bits, signed; holds everything else at the lane's
-// ends.
+// Keeps the low 16 bits of what is within 17 bits, signed; holds everything else at a word's ends.
 inline int32_t fit(int32_t value) {
   if (value >= -65536 && value <= 65535) return wrap16(value);
   return value > 0 ? 32767 : -32768;
@@ -117,7 +114,7 @@ inline std::map<std::string, std::vector<int>> colour_groups(const ColourSets &s
 
   std::map<std::string, std::vector<int>> groups;
   for (size_t entry = 0; entry < 9; ++entry) {
-    const auto add = [&](const std::string &group, int32_t lane) { groups[group].push_back(lane); };
+    const auto add = [&](const std::string &group, int32_t word) { groups[group].push_back(word); };
     int32_t a[2], f[2], s[2];
     for (size_t m = 0; m < 2; ++m) {
       a[m] = plus(times_sensor(sets.rgb, m, entry), 128) >> 8;
@@ -139,8 +136,8 @@ inline std::map<std::string, std::vector<int>> colour_groups(const ColourSets &s
   return groups;
 }
 
-inline int32_t index_mask(int32_t bound) { return wrap16(~int64_t{bound == 0 ? 1 : bound}); }
+inline int32_t index_bound(int32_t bound) { return wrap16(bound == 0 ? 1 : bound); }
 
-inline int32_t offset_lane(int32_t offset) { return wrap16(((offset + 2) >> 2) + 32); }
+inline int32_t offset_entry(int32_t offset) { return wrap16(((offset + 2) >> 2) + 32); }
 
 }  // namespace ppl::controls_test

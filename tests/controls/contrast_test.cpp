@@ -57,7 +57,7 @@ class Contrast : public ControlsTest {
     EXPECT_TRUE(std::equal(sets.yuv_full.begin(), sets.yuv_full.end(), context->colour_yuv_full));
     EXPECT_TRUE(std::equal(sets.rgb.begin(), sets.rgb.end(), context->colour_rgb));
     EXPECT_EQ(context->offset_yuv_studio, sets.offset_yuv_studio);
-    expect_words("offset_studio_vec", {offset_lane(sets.offset_yuv_studio)});
+    expect_value("offset_studio_vec", offset_entry(sets.offset_yuv_studio));
   }
 };
 
@@ -279,7 +279,7 @@ TEST_F(Contrast, TablesAreReadInPlace) {
   EXPECT_EQ(ppl_rgb_contrast_gamma_table(context), context->rgb_contrast_gamma_table);
 }
 
-TEST_F(Contrast, AfterAFailedSaveTablesAndSetsAreNewAndTheVectorsOld) {
+TEST_F(Contrast, AfterAFailedSaveTablesAndSetsAreNewAndTheEntriesOld) {
   poison_derived(context);
   test_hooks::fail_saves(0, 1);
   EXPECT_EQ(ppl_set_contrast_c(context, 64, nullptr, nullptr), 1);

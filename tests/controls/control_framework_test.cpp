@@ -1,5 +1,5 @@
 // What all controls have in common: the setter pattern, its bracket, its results, and which derived
-// entries a call writes in which tier.
+// entries a call writes.
 #include <limits.h>
 
 #include "controls_fixture.h"
@@ -17,7 +17,6 @@ struct Operation {
   Stored stored;    // do the getters show what the call asked for?
   Entries written;  // the derived entries that it writes
   uint8_t result = 1;
-  uint32_t saves = 1;
 };
 
 std::ostream &operator<<(std::ostream &out, const Operation &operation) {
@@ -89,14 +88,13 @@ std::vector<Operation> setters() {
        STORED(sensor_matrix_is(c, other_matrices)), colour_entries},
       {"set_sensor_matrix_index_upper_bound", CALL(ppl_set_sensor_matrix_index_upper_bound(c, 20)),
        STORED(ppl_sensor_matrix_index_upper_bound(c) == 20), colour_entries},
-      {"set_h_mirror", CALL(ppl_set_h_mirror(c, 1)), STORED(ppl_h_mirror(c) == 1),
-       stride_table_entry},
-      {"set_v_mirror", CALL(ppl_set_v_mirror(c, 1)), STORED(ppl_v_mirror(c) == 1),
-       stride_table_entry},
+      // Nothing is derived from these three.
+      {"set_h_mirror", CALL(ppl_set_h_mirror(c, 1)), STORED(ppl_h_mirror(c) == 1), no_entries},
+      {"set_v_mirror", CALL(ppl_set_v_mirror(c, 1)), STORED(ppl_v_mirror(c) == 1), no_entries},
       {"set_decimation", CALL(ppl_set_decimation(c, 1, 2, 3)),
        STORED(ppl_decimation(c) == 1 && ppl_decimation_top_black_lines(c) == 2 &&
               ppl_decimation_bottom_black_lines(c) == 3),
-       stride_table_entry},
+       no_entries},
       // The difference threshold has no entry that is ever written: its setter writes the hot one.
       {"set_medium_filter_diff_threshold",
        CALL(ppl_set_medium_filter_diff_threshold(c, 30)),
@@ -225,24 +223,10 @@ TEST_P(ControlSetter, StoresThePlainValueAndReturnsItsResult) {
   EXPECT_TRUE(setter.stored(context));
 }
 
-TEST_P(ControlSetter, WritesItsEntriesInBothTiersAndNoOther) {
+TEST_P(ControlSetter, WritesItsEntriesAndNoOther) {
   poison_derived(context);
   GetParam().call(context);
   expect_written(GetParam().written);
-}
-
-TEST_P(ControlSetter, GivesTheSse2TierTheValuesOfTheP3Tier) {
-  GetParam().call(context);
-  for (const std::string &name : GetParam().written) {
-    if (name == "stride_table") continue;
-    SCOPED_TRACE(name);
-    const std::vector<int> p3 = entry_words(context, Tier::p3, name);
-    std::vector<int> doubled;
-    for (size_t first = 0; first < p3.size(); first += 4) {
-      for (size_t lane = 0; lane < 8; ++lane) doubled.push_back(p3[first + lane % 4]);
-    }
-    EXPECT_EQ(entry_words(context, Tier::sse2, name), doubled);
-  }
 }
 
 TEST_P(ControlSetter, SavesAndRestoresTheFloatingPointStateOnce) {
@@ -262,24 +246,24 @@ TEST_P(ControlSetter, AfterAFailedSaveStoresThePlainValueAndLeavesTheEntries) {
   EXPECT_EQ(test_hooks::restore_count(), 0u);
 }
 
-TEST_P(ControlSetter, WritesTheP3BlockAloneOnAProcessorWithoutTheSse2Tier) {
-  restart_on(only_p3_tier);
-  poison_derived(context);
-  EXPECT_EQ(GetParam().call(context), GetParam().result);
-  EXPECT_EQ(written_entries(context, Tier::p3), GetParam().written);
-  EXPECT_EQ(written_entries(context, Tier::sse2), no_entries);
+TEST_P(ControlSetter, WritesItsEntriesWhicheverTierTheProcessorHas) {
+  for (const ProcessorLook &look : {p3_processor, sse2_without_p3_processor}) {
+    restart_on(look);
+    poison_derived(context);
+    EXPECT_EQ(GetParam().call(context), GetParam().result);
+    expect_written(GetParam().written);
+  }
 }
 
-TEST_P(ControlSetter, WritesTheSse2BlockAloneOnAProcessorWithoutTheP3Tier) {
-  restart_on(only_sse2_tier);
+TEST_P(ControlSetter, WritesItsEntriesAlsoIfEverySaveOfTheFirstInitFailed) {
+  restart_on(sse2_processor, UINT32_MAX);
   poison_derived(context);
   EXPECT_EQ(GetParam().call(context), GetParam().result);
-  EXPECT_EQ(written_entries(context, Tier::p3), no_entries);
-  EXPECT_EQ(written_entries(context, Tier::sse2), GetParam().written);
+  expect_written(GetParam().written);
 }
 
 TEST_P(ControlSetter, StoresAndSavesButWritesNothingOnAProcessorWithoutATier) {
-  restart_on(no_tier);
+  restart_on(no_tier_processor);
   poison_derived(context);
   EXPECT_EQ(GetParam().call(context), GetParam().result);
   EXPECT_TRUE(GetParam().stored(context));
@@ -288,7 +272,7 @@ TEST_P(ControlSetter, StoresAndSavesButWritesNothingOnAProcessorWithoutATier) {
   EXPECT_EQ(test_hooks::restore_count(), 1u);
 }
 
-TEST_P(ControlSetter, WritesTheSse2BlockAlsoWhileTheContextIsHeldToTheP3Tier) {
+TEST_P(ControlSetter, WritesItsEntriesAlsoWhileTheContextIsHeldToTheP3Tier) {
   ppl_set_P3_only(context, 1);
   poison_derived(context);
   GetParam().call(context);
@@ -416,16 +400,15 @@ std::vector<Refusal> refusals() {
 class Refused : public ControlsTest, public testing::WithParamInterface<Refusal> {};
 
 TEST_P(Refused, ReturnsZeroChangesNothingAndUsesNoSave) {
-  const std::vector<uint8_t> before(reinterpret_cast<const uint8_t *>(context),
-                                    reinterpret_cast<const uint8_t *>(context + 1));
+  const std::vector<uint8_t> before = bytes_of(context);
   EXPECT_EQ(GetParam().call(context), 0);
-  EXPECT_EQ(memcmp(before.data(), context, sizeof *context), 0);
+  EXPECT_TRUE(bytes_of(context) == before);
   EXPECT_EQ(test_hooks::save_count(), 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Refused, testing::ValuesIn(refusals()), row_name<Refusal>);
 
-// ---- Values that are stored but fit no lane ----
+// ---- Values that are stored but fit no entry ----
 
 std::vector<Operation> unfit_values() {
   return {
@@ -510,19 +493,16 @@ TEST_P(UnfitValue, ReturnsOneAfterAFailedSave) {
   expect_written(no_entries);
 }
 
-TEST_P(UnfitValue, ReturnsZeroOnAProcessorWithTheP3TierAlone) {
-  restart_on(only_p3_tier);
-  EXPECT_EQ(GetParam().call(context), 0);
-}
-
-TEST_P(UnfitValue, ReturnsZeroOnAProcessorWithTheSse2TierAlone) {
-  restart_on(only_sse2_tier);
-  EXPECT_EQ(GetParam().call(context), 0);
+TEST_P(UnfitValue, ReturnsZeroWhicheverTierTheProcessorHas) {
+  for (const ProcessorLook &look : {p3_processor, sse2_without_p3_processor}) {
+    restart_on(look);
+    EXPECT_EQ(GetParam().call(context), 0);
+  }
 }
 
 // Only the refreshers test the fit, and there is none.
 TEST_P(UnfitValue, ReturnsOneOnAProcessorWithoutATier) {
-  restart_on(no_tier);
+  restart_on(no_tier_processor);
   EXPECT_EQ(GetParam().call(context), 1);
   EXPECT_TRUE(GetParam().stored(context));
 }
@@ -533,25 +513,27 @@ INSTANTIATE_TEST_SUITE_P(All, UnfitValue, testing::ValuesIn(unfit_values()), row
 
 TEST_F(ControlsTest, ALaterGoodValueBringsPlainAndDerivedTogetherAgain) {
   EXPECT_EQ(ppl_set_r_delta(context, 32768), 0);
-  expect_words("rgb_delta_GR_vec", {0, 0});
+  expect_pair("rgb_delta_GR_vec", 0, 0);
   EXPECT_EQ(ppl_set_r_delta(context, 7), 1);
-  expect_words("rgb_delta_GR_vec", {0, 7});
+  expect_pair("rgb_delta_GR_vec", 0, 7);
 }
 
 TEST_F(ControlsTest, ALaterSetAfterAFailedSaveRefreshesTheEntry) {
   test_hooks::fail_saves(0, 1);
   EXPECT_EQ(ppl_set_edge_threshold(context, 200), 1);
-  expect_words("edge_threshold_vec", {100});
+  expect_value("edge_threshold_vec", 100);
   EXPECT_EQ(ppl_set_edge_threshold(context, 201), 1);
-  expect_words("edge_threshold_vec", {201});
+  expect_value("edge_threshold_vec", 201);
 }
 
 TEST_F(ControlsTest, ASetterDetectsTheProcessorIfNothingDidSo) {
-  test_hooks::set_cpuid(only_p3_tier);
+  processor.emplace(no_tier_processor);
   poison_derived(context);
   ppl_set_edge_threshold(context, 200);
-  EXPECT_EQ(written_entries(context, Tier::p3), Entries{"edge_threshold_vec"});
-  EXPECT_EQ(written_entries(context, Tier::sse2), no_entries);
+  expect_written(no_entries);
+  processor.emplace(p3_processor);
+  ppl_set_edge_threshold(context, 201);
+  expect_written({"edge_threshold_vec"});
 }
 
 TEST_F(ControlsTest, ContextsKeepTheirControlsApart) {
@@ -560,35 +542,17 @@ TEST_F(ControlsTest, ContextsKeepTheirControlsApart) {
   poison_derived(other);
   ppl_set_rgb_gain(context, 300, 400, 500);
   EXPECT_EQ(ppl_nf88_r_gain(other), 256);
-  for (const Tier tier : tiers) EXPECT_EQ(written_entries(other, tier), no_entries);
+  EXPECT_EQ(written_entries(other), no_entries);
 }
 
-TEST_F(ControlsTest, NoSetterTouchesTheMatrixScratchOrTheGroupCopy) {
-  const auto fill_scratch = [&](auto &block) {
-    memset(block.matrix_scratch, poison, sizeof block.matrix_scratch);
-    memset(block.stat_group_copy, poison, sizeof block.stat_group_copy);
-  };
-  fill_scratch(context->p3_params);
-  fill_scratch(context->sse2_params);
+TEST_F(ControlsTest, NoResetTouchesWhatFramesLeaveBehind) {
+  for (const Tier tier : both_tiers) {
+    memset(&tier_state(context, tier).memory, poison, sizeof(TierMemory));
+  }
   ppl_reset_all_controls(context);
-  const auto expect_untouched = [](const auto &block) {
-    const std::vector<uint8_t> scratch(sizeof block.matrix_scratch, poison);
-    EXPECT_EQ(memcmp(block.matrix_scratch, scratch.data(), sizeof block.matrix_scratch), 0);
-    EXPECT_EQ(memcmp(block.stat_group_copy, scratch.data(), sizeof block.stat_group_copy), 0);
-  };
-  expect_untouched(context->p3_params);
-  expect_untouched(context->sse2_params);
-}
-
-TEST_F(ControlsTest, Sse2EntriesStandOn16ByteBoundariesInEverySlot) {
-  std::vector<PplContext *> contexts = {context};
-  while (PplContext *const next = ppl_init()) contexts.push_back(next);
-  ASSERT_EQ(contexts.size(), 8u);
-  for (PplContext *const each : contexts) {
-    for (const Entry &entry : entries()) {
-      const uint8_t *const start = block_of(each, Tier::sse2) + entry.offset[1];
-      EXPECT_EQ(reinterpret_cast<uintptr_t>(start) % 16, 0u) << entry.name;
-    }
+  const std::vector<uint8_t> untouched(sizeof(TierMemory), poison);
+  for (const Tier tier : both_tiers) {
+    EXPECT_EQ(memcmp(&tier_state(context, tier).memory, untouched.data(), untouched.size()), 0);
   }
 }
 

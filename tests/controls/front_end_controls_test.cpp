@@ -80,19 +80,19 @@ TEST_F(FrontEndControls, OpticalBlackGetterWritesFourValuesAndReturnsRed) {
   EXPECT_EQ(r, 44u);
 }
 
-TEST_F(FrontEndControls, OpticalBlackMakesBytePairsPerLineKind) {
+TEST_F(FrontEndControls, OpticalBlackMakesPairsPerLineKind) {
   EXPECT_EQ(ppl_set_optical_black_b_gb_gr_r(context, 11, 22, 33, 44), 1);
-  expect_bytes("optical_black_BG_vec", {11, 22});
-  expect_bytes("optical_black_GR_vec", {33, 44});
+  expect_pair("optical_black_BG_vec", 11, 22);
+  expect_pair("optical_black_GR_vec", 33, 44);
 }
 
 TEST_F(FrontEndControls, OpticalBlackTakes0And255) {
   EXPECT_EQ(ppl_set_optical_black_b_gb_gr_r(context, 255, 0, 255, 0), 1);
-  expect_bytes("optical_black_BG_vec", {255, 0});
-  expect_bytes("optical_black_GR_vec", {255, 0});
+  expect_pair("optical_black_BG_vec", 255, 0);
+  expect_pair("optical_black_GR_vec", 255, 0);
 }
 
-TEST_F(FrontEndControls, OneBlackLevelOf256KeepsAllVectors) {
+TEST_F(FrontEndControls, OneBlackLevelOf256KeepsAllPairs) {
   ppl_set_optical_black_b_gb_gr_r(context, 11, 22, 33, 44);
   for (int bad = 0; bad < 4; ++bad) {
     SCOPED_TRACE(bad);
@@ -102,70 +102,70 @@ TEST_F(FrontEndControls, OneBlackLevelOf256KeepsAllVectors) {
     uint32_t stored[4] = {};
     ppl_optical_black_b_gb_gr_r(context, &stored[0], &stored[1], &stored[2], &stored[3]);
     EXPECT_TRUE(std::equal(level, level + 4, stored));
-    expect_bytes("optical_black_BG_vec", {11, 22});
-    expect_bytes("optical_black_GR_vec", {33, 44});
+    expect_pair("optical_black_BG_vec", 11, 22);
+    expect_pair("optical_black_GR_vec", 33, 44);
   }
 }
 
 // ---- Delta ----
 
-TEST_F(FrontEndControls, DeltasMakeWordPairsPerLineKind) {
+TEST_F(FrontEndControls, DeltasMakePairsPerLineKind) {
   EXPECT_EQ(ppl_set_rgb_delta(context, -300, 20, 32767), 1);
-  expect_words("rgb_delta_BG_vec", {32767, 20});
-  expect_words("rgb_delta_GR_vec", {20, -300});
+  expect_pair("rgb_delta_BG_vec", 32767, 20);
+  expect_pair("rgb_delta_GR_vec", 20, -300);
 }
 
-TEST_F(FrontEndControls, DeltasTakeTheWholeRangeOfALane) {
+TEST_F(FrontEndControls, DeltasTakeTheWholeRangeOfAWord) {
   EXPECT_EQ(ppl_set_rgb_delta(context, -32768, 32767, -32768), 1);
-  expect_words("rgb_delta_BG_vec", {-32768, 32767});
-  expect_words("rgb_delta_GR_vec", {32767, -32768});
+  expect_pair("rgb_delta_BG_vec", -32768, 32767);
+  expect_pair("rgb_delta_GR_vec", 32767, -32768);
 }
 
-TEST_F(FrontEndControls, ASingleDeltaWritesItsOwnLanesAlone) {
+TEST_F(FrontEndControls, ASingleDeltaWritesItsOwnColumnsAlone) {
   ppl_set_rgb_delta(context, 1, 2, 3);
   EXPECT_EQ(ppl_set_r_delta(context, 10), 1);
-  expect_words("rgb_delta_BG_vec", {3, 2});
-  expect_words("rgb_delta_GR_vec", {2, 10});
+  expect_pair("rgb_delta_BG_vec", 3, 2);
+  expect_pair("rgb_delta_GR_vec", 2, 10);
   EXPECT_EQ(ppl_set_g_delta(context, 20), 1);
-  expect_words("rgb_delta_BG_vec", {3, 20});
-  expect_words("rgb_delta_GR_vec", {20, 10});
+  expect_pair("rgb_delta_BG_vec", 3, 20);
+  expect_pair("rgb_delta_GR_vec", 20, 10);
   EXPECT_EQ(ppl_set_b_delta(context, 30), 1);
-  expect_words("rgb_delta_BG_vec", {30, 20});
-  expect_words("rgb_delta_GR_vec", {20, 10});
+  expect_pair("rgb_delta_BG_vec", 30, 20);
+  expect_pair("rgb_delta_GR_vec", 20, 10);
 }
 
 TEST_F(FrontEndControls, ASingleDeltaIgnoresAnotherChannelThatDoesNotFit) {
   ppl_set_rgb_delta(context, 1, 2, 3);
   EXPECT_EQ(ppl_set_rgb_delta(context, 5, 40000, 6), 0);
   EXPECT_EQ(ppl_set_r_delta(context, 10), 1);
-  expect_words("rgb_delta_GR_vec", {2, 10});
+  expect_pair("rgb_delta_GR_vec", 2, 10);
   EXPECT_EQ(ppl_set_b_delta(context, 30), 1);
-  expect_words("rgb_delta_BG_vec", {30, 2});
+  expect_pair("rgb_delta_BG_vec", 30, 2);
   EXPECT_EQ(ppl_g_delta(context), 40000);
 }
 
 // ---- Gain ----
 
-TEST_F(FrontEndControls, GainsMakeWordPairsWithFiveFractionalBits) {
+TEST_F(FrontEndControls, GainsMakePairsWithFiveFractionalBits) {
   EXPECT_EQ(ppl_set_rgb_gain(context, 256, 512, 1024), 1);
-  expect_words("rgb_gain_BG_vec", {128, 64});
-  expect_words("rgb_gain_GR_vec", {64, 32});
+  expect_pair("rgb_gain_BG_vec", 128, 64);
+  expect_pair("rgb_gain_GR_vec", 64, 32);
 }
 
 TEST_F(FrontEndControls, GainsLoseTheirLowThreeBits) {
   const struct {
     int32_t gain;
-    int lane;
+    int value;
   } cases[] = {{0, 0},    {7, 0},    {8, 1},    {15, 1},     {255, 31},
                {256, 32}, {263, 32}, {264, 33}, {2040, 255}, {2047, 255}};
-  for (const auto &[gain, lane] : cases) {
+  for (const auto &[gain, value] : cases) {
     SCOPED_TRACE(gain);
     EXPECT_EQ(ppl_set_r_gain(context, gain), 1);
-    expect_words("rgb_gain_GR_vec", {32, lane});
+    expect_pair("rgb_gain_GR_vec", 32, value);
   }
 }
 
-TEST_F(FrontEndControls, OneGainOf2048KeepsAllVectorsAndStoresAllThree) {
+TEST_F(FrontEndControls, OneGainOf2048KeepsAllPairsAndStoresAllThree) {
   ppl_set_rgb_gain(context, 8, 16, 24);
   for (int bad = 0; bad < 3; ++bad) {
     SCOPED_TRACE(bad);
@@ -175,38 +175,38 @@ TEST_F(FrontEndControls, OneGainOf2048KeepsAllVectorsAndStoresAllThree) {
     EXPECT_EQ(ppl_nf88_r_gain(context), gain[0]);
     EXPECT_EQ(ppl_nf88_g_gain(context), gain[1]);
     EXPECT_EQ(ppl_nf88_b_gain(context), gain[2]);
-    expect_words("rgb_gain_BG_vec", {3, 2});
-    expect_words("rgb_gain_GR_vec", {2, 1});
+    expect_pair("rgb_gain_BG_vec", 3, 2);
+    expect_pair("rgb_gain_GR_vec", 2, 1);
   }
 }
 
-TEST_F(FrontEndControls, ASingleGainWritesItsOwnLanesAlone) {
+TEST_F(FrontEndControls, ASingleGainWritesItsOwnColumnsAlone) {
   ppl_set_rgb_gain(context, 8, 16, 24);
   EXPECT_EQ(ppl_set_r_gain(context, 80), 1);
-  expect_words("rgb_gain_BG_vec", {3, 2});
-  expect_words("rgb_gain_GR_vec", {2, 10});
+  expect_pair("rgb_gain_BG_vec", 3, 2);
+  expect_pair("rgb_gain_GR_vec", 2, 10);
   EXPECT_EQ(ppl_set_g_gain(context, 160), 1);
-  expect_words("rgb_gain_BG_vec", {3, 20});
-  expect_words("rgb_gain_GR_vec", {20, 10});
+  expect_pair("rgb_gain_BG_vec", 3, 20);
+  expect_pair("rgb_gain_GR_vec", 20, 10);
   EXPECT_EQ(ppl_set_b_gain(context, 240), 1);
-  expect_words("rgb_gain_BG_vec", {30, 20});
-  expect_words("rgb_gain_GR_vec", {20, 10});
+  expect_pair("rgb_gain_BG_vec", 30, 20);
+  expect_pair("rgb_gain_GR_vec", 20, 10);
 }
 
 TEST_F(FrontEndControls, ASingleGainIgnoresAnotherChannelThatDoesNotFit) {
   ppl_set_rgb_gain(context, 8, 16, 24);
   EXPECT_EQ(ppl_set_rgb_gain(context, 40, 5000, 48), 0);
   EXPECT_EQ(ppl_set_r_gain(context, 80), 1);
-  expect_words("rgb_gain_GR_vec", {2, 10});
+  expect_pair("rgb_gain_GR_vec", 2, 10);
   EXPECT_EQ(ppl_set_b_gain(context, 240), 1);
-  expect_words("rgb_gain_BG_vec", {30, 2});
+  expect_pair("rgb_gain_BG_vec", 30, 2);
 }
 
 TEST_F(FrontEndControls, ATripleWritesNothingWhileOneOfItsValuesIsBad) {
   ppl_set_rgb_gain(context, 8, 16, 24);
   EXPECT_EQ(ppl_set_rgb_gain(context, 80, 160, -1), 0);
-  expect_words("rgb_gain_BG_vec", {3, 2});
-  expect_words("rgb_gain_GR_vec", {2, 1});
+  expect_pair("rgb_gain_BG_vec", 3, 2);
+  expect_pair("rgb_gain_GR_vec", 2, 1);
 }
 
 // ---- Dekneel tables ----
@@ -261,6 +261,13 @@ TEST_F(FrontEndControls, MirrorFlagsAreStoredAsGivenAndApart) {
   EXPECT_EQ(ppl_set_v_mirror(context, 255), 1);
   EXPECT_EQ(ppl_h_mirror(context), 2);
   EXPECT_EQ(ppl_v_mirror(context), 255);
+}
+
+TEST_F(FrontEndControls, AMirrorSavesAlsoWhereItsFlagStays) {
+  EXPECT_EQ(ppl_set_h_mirror(context, 0), 1);
+  EXPECT_EQ(ppl_set_v_mirror(context, 0), 1);
+  EXPECT_EQ(test_hooks::save_count(), 2u);
+  EXPECT_EQ(test_hooks::restore_count(), 2u);
 }
 
 }  // namespace

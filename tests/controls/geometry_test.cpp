@@ -10,7 +10,7 @@ struct Geometry {
   int32_t frame_width, frame_height, frame_stride;
   int32_t frame_size, frame_size_2, frame_size_4, frame_size_8;
   int32_t decimation, top, bottom;
-  int32_t out_width, out_height, out_width_2, out_size, out_size_4;
+  int32_t out_width, out_height, out_size, out_size_4;
 
   bool operator==(const Geometry &) const = default;
 };
@@ -19,8 +19,8 @@ std::ostream &operator<<(std::ostream &out, const Geometry &g) {
   return out << g.frame_width << "x" << g.frame_height << " stride " << g.frame_stride << " sizes "
              << g.frame_size << "/" << g.frame_size_2 << "/" << g.frame_size_4 << "/"
              << g.frame_size_8 << " d " << g.decimation << " black " << g.top << "+" << g.bottom
-             << " -> " << g.out_width << "x" << g.out_height << ", " << g.out_width_2 << ", "
-             << g.out_size << ", " << g.out_size_4;
+             << " -> " << g.out_width << "x" << g.out_height << ", " << g.out_size << ", "
+             << g.out_size_4;
 }
 
 Geometry geometry_of(const PplContext *c) {
@@ -36,7 +36,6 @@ Geometry geometry_of(const PplContext *c) {
           ppl_decimation_bottom_black_lines(c),
           c->out_width,
           c->out_height,
-          c->out_width_2,
           c->out_size,
           c->out_size_4};
 }
@@ -64,7 +63,6 @@ class GeometryTest : public ControlsTest {
 
   void expect_output(int32_t width, int32_t height) {
     EXPECT_EQ(context->out_width, width);
-    EXPECT_EQ(context->out_width_2, width / 2);
     EXPECT_EQ(context->out_height, height);
     EXPECT_EQ(context->out_size, width * height);
     EXPECT_EQ(context->out_size_4, width * height / 4);
@@ -72,11 +70,10 @@ class GeometryTest : public ControlsTest {
 
   // A refused call leaves the whole record as it was and uses up no save.
   void expect_refused(const std::function<uint8_t()> &call) {
-    const std::vector<uint8_t> before(reinterpret_cast<const uint8_t *>(context),
-                                      reinterpret_cast<const uint8_t *>(context + 1));
+    const std::vector<uint8_t> before = bytes_of(context);
     test_hooks::reset_counts();
     EXPECT_EQ(call(), 0);
-    EXPECT_EQ(memcmp(before.data(), context, sizeof *context), 0);
+    EXPECT_TRUE(bytes_of(context) == before);
     EXPECT_EQ(test_hooks::save_count(), 0u);
   }
 
@@ -85,21 +82,16 @@ class GeometryTest : public ControlsTest {
     expect_refused([&] { return ppl_new_frame_size(context, width, height, stride); });
   }
 
-  void expect_grid(Tier tier, int32_t block_width) {
-    SCOPED_TRACE(tier_name(tier));
-    const FramePlan &plan = plan_of(context, tier);
-    const int32_t cell_width = context->frame_width / block_width / 8;
-    const int32_t cell_height = context->frame_height / 2 / 6;
-    EXPECT_EQ(plan.cell_width, cell_width);
-    EXPECT_EQ(plan.cell_height, cell_height);
-    EXPECT_EQ(plan.grid_left, 0);
-    EXPECT_EQ(plan.grid_top, 0);
-    EXPECT_EQ(plan.grid_right, 8 * cell_width);
-    EXPECT_EQ(plan.grid_width, 8 * cell_width);
-    EXPECT_EQ(plan.grid_bottom, 6 * cell_height);
-    EXPECT_EQ(plan.grid_height, 6 * cell_height);
-    EXPECT_EQ(plan.block_columns, context->frame_width / block_width);
-    EXPECT_EQ(plan.block_rows, context->frame_height / 2);
+  void expect_grid(Tier tier, int32_t block) {
+    SCOPED_TRACE(name_of(tier));
+    const FramePlan &plan = tier_state(context, tier).plan;
+    EXPECT_EQ(plan.cell_width, context->frame_width / block / 8);
+    EXPECT_EQ(plan.cell_height, context->frame_height / 2 / 6);
+  }
+
+  void expect_no_plan(Tier tier) {
+    const FramePlan empty = {};
+    EXPECT_EQ(memcmp(&tier_state(context, tier).plan, &empty, sizeof empty), 0) << name_of(tier);
   }
 
   void expect_window_scales(uint32_t pixels) {
@@ -123,7 +115,6 @@ TEST_F(GeometryTest, FractionsOfASizeTruncate) {
   EXPECT_EQ(context->frame_size_2, 1354);
   EXPECT_EQ(context->frame_size_4, 677);
   EXPECT_EQ(context->frame_size_8, 338);
-  EXPECT_EQ(context->out_width_2, 64);
   EXPECT_EQ(context->out_size_4, 677);
 }
 
@@ -186,24 +177,36 @@ TEST_F(GeometryTest, ANewSizeSavesAndRestoresOnce) {
 
 TEST_F(GeometryTest, TheSameSizeIsBuiltAnew) {
   new_size(640, 480);
-  poison_derived(context);
+  for (const Tier tier : both_tiers) tier_state(context, tier).plan = {};
+  context->r_window_scale = context->g_window_scale = context->b_window_scale = 0;
   test_hooks::reset_counts();
   EXPECT_EQ(new_size(640, 480), 1);
   EXPECT_EQ(test_hooks::save_count(), 1u);
-  expect_written(stride_table_entry);
+  expect_grid(Tier::p3, 8);
+  expect_grid(Tier::sse2, 16);
+  for (const Tier tier : both_tiers) {
+    EXPECT_NE(tier_state(context, tier).plan.chain_normaliser[0], 0u);
+  }
+  expect_window_scales(32 * 5 * 40);
+}
+
+TEST_F(GeometryTest, ASizeWritesNoEntry) {
+  poison_derived(context);
+  new_size(640, 480);
+  expect_written(no_entries);
 }
 
 TEST_F(GeometryTest, AfterAFailedSaveTheSizeIsNewAndThePlansAreOld) {
   ASSERT_EQ(new_size(640, 480), 1);
-  const FramePlan p3 = context->p3_plan, sse2 = context->sse2_plan;
+  const FramePlan p3 = context->p3.plan, sse2 = context->sse2.plan;
   const uint32_t scale = context->r_window_scale;
   test_hooks::reset_counts();
   test_hooks::fail_saves(0, 1);
   EXPECT_EQ(new_size(320, 240), 1);
   expect_input(320, 240, 320);
   expect_output(320, 240);
-  EXPECT_EQ(memcmp(&context->p3_plan, &p3, sizeof p3), 0);
-  EXPECT_EQ(memcmp(&context->sse2_plan, &sse2, sizeof sse2), 0);
+  EXPECT_EQ(memcmp(&context->p3.plan, &p3, sizeof p3), 0);
+  EXPECT_EQ(memcmp(&context->sse2.plan, &sse2, sizeof sse2), 0);
   EXPECT_EQ(context->r_window_scale, scale);
   EXPECT_EQ(test_hooks::restore_count(), 0u);
 }
@@ -225,8 +228,15 @@ TEST_F(GeometryTest, WithBothTiersWidthsFrom128On) {
   EXPECT_EQ(new_size(128, 480), 1);
 }
 
+TEST_F(GeometryTest, HoldingAContextToTheP3TierDoesNotLowerTheLeastWidth) {
+  ASSERT_EQ(new_size(640, 480), 1);
+  ASSERT_EQ(ppl_set_P3_only(context, 1), 1);
+  for (const uint32_t width : {64u, 127u}) expect_size_refused(width, 480, width);
+  EXPECT_EQ(new_size(128, 480), 1);
+}
+
 TEST_F(GeometryTest, WithTheP3TierAloneWidthsFrom64On) {
-  restart_on(only_p3_tier);
+  restart_on(p3_processor);
   ASSERT_EQ(new_size(640, 480), 1);
   for (const uint32_t width : {0u, 1u, 16u, 24u, 32u, 40u, 63u}) {
     expect_size_refused(width, 480, width);
@@ -236,15 +246,15 @@ TEST_F(GeometryTest, WithTheP3TierAloneWidthsFrom64On) {
 }
 
 TEST_F(GeometryTest, WithTheSse2TierAloneWidthsFrom128On) {
-  restart_on(only_sse2_tier);
+  restart_on(sse2_without_p3_processor);
   ASSERT_EQ(new_size(640, 480), 1);
   expect_size_refused(127, 480, 127);
   EXPECT_EQ(new_size(128, 480), 1);
 }
 
 TEST_F(GeometryTest, HeightsWithoutAGridOrWithAZeroNormaliserAreRefused) {
-  for (const test_hooks::CpuidFunction processor : {both_tiers, only_p3_tier, only_sse2_tier}) {
-    restart_on(processor);
+  for (const ProcessorLook &look : {sse2_processor, p3_processor, sse2_without_p3_processor}) {
+    restart_on(look);
     ASSERT_EQ(new_size(640, 480), 1);
     for (uint32_t height = 0; height <= 20; ++height) {
       if (height <= 12 || height == 16) {
@@ -259,12 +269,12 @@ TEST_F(GeometryTest, HeightsWithoutAGridOrWithAZeroNormaliserAreRefused) {
 
 TEST_F(GeometryTest, TheSmallestSizeOfEachProcessorPasses) {
   EXPECT_EQ(new_size(128, 13), 1);
-  restart_on(only_p3_tier);
+  restart_on(p3_processor);
   EXPECT_EQ(new_size(64, 13), 1);
 }
 
 TEST_F(GeometryTest, WithoutATierNoSmallSizeIsRefused) {
-  restart_on(no_tier);
+  restart_on(no_tier_processor);
   for (const uint32_t width : {0u, 1u, 16u, 63u, 64u, 127u}) {
     for (const uint32_t height : {0u, 4u, 12u, 16u}) {
       EXPECT_EQ(new_size(width, height), 1) << width << "x" << height;
@@ -289,15 +299,15 @@ TEST_F(GeometryTest, TheGridLiesOverTheFrameFromItsTopLeft) {
 
 TEST_F(GeometryTest, Width352HasUnlikeGridsAndTheScalesOfTheSse2Tier) {
   EXPECT_EQ(new_size(352, 288), 1);
-  EXPECT_EQ(context->p3_plan.cell_width, 5);
-  EXPECT_EQ(context->sse2_plan.cell_width, 2);
-  EXPECT_EQ(context->p3_plan.cell_height, 24);
-  EXPECT_EQ(context->sse2_plan.cell_height, 24);
+  EXPECT_EQ(context->p3.plan.cell_width, 5);
+  EXPECT_EQ(context->sse2.plan.cell_width, 2);
+  EXPECT_EQ(context->p3.plan.cell_height, 24);
+  EXPECT_EQ(context->sse2.plan.cell_height, 24);
   expect_window_scales(32 * 2 * 24);
 }
 
 TEST_F(GeometryTest, WithTheP3TierAloneTheScalesAreThoseOfItsGrid) {
-  restart_on(only_p3_tier);
+  restart_on(p3_processor);
   EXPECT_EQ(new_size(352, 288), 1);
   expect_window_scales(16 * 5 * 24);
 }
@@ -311,29 +321,31 @@ TEST_F(GeometryTest, P3OnlyPlaysNoPartInThePlans) {
 }
 
 TEST_F(GeometryTest, OnlyTheProcessorsTiersGetAPlan) {
-  const FramePlan empty = {};
-  restart_on(only_p3_tier);
+  restart_on(p3_processor);
   new_size(640, 480);
   expect_grid(Tier::p3, 8);
-  EXPECT_EQ(memcmp(&context->sse2_plan, &empty, sizeof empty), 0);
+  expect_no_plan(Tier::sse2);
 
-  restart_on(only_sse2_tier);
+  restart_on(sse2_without_p3_processor);
   new_size(640, 480);
   expect_grid(Tier::sse2, 16);
-  EXPECT_EQ(memcmp(&context->p3_plan, &empty, sizeof empty), 0);
+  expect_no_plan(Tier::p3);
 
-  restart_on(no_tier);
+  restart_on(no_tier_processor);
   new_size(640, 480);
-  EXPECT_EQ(memcmp(&context->p3_plan, &empty, sizeof empty), 0);
-  EXPECT_EQ(memcmp(&context->sse2_plan, &empty, sizeof empty), 0);
+  expect_no_plan(Tier::p3);
+  expect_no_plan(Tier::sse2);
 }
 
-TEST_F(GeometryTest, ANewSizeKeepsTheMarkers) {
-  context->p3_plan.marker_cell = 7;
-  context->sse2_plan.marker_cell = 8;
+TEST_F(GeometryTest, ANewSizeKeepsWhatFramesLeftBehind) {
+  for (const Tier tier : both_tiers) {
+    memset(&tier_state(context, tier).memory, poison, sizeof(TierMemory));
+  }
   new_size(640, 480);
-  EXPECT_EQ(context->p3_plan.marker_cell, 7);
-  EXPECT_EQ(context->sse2_plan.marker_cell, 8);
+  const std::vector<uint8_t> untouched(sizeof(TierMemory), poison);
+  for (const Tier tier : both_tiers) {
+    EXPECT_EQ(memcmp(&tier_state(context, tier).memory, untouched.data(), untouched.size()), 0);
+  }
 }
 
 // ---- ppl_set_decimation ----
@@ -398,30 +410,22 @@ TEST_F(GeometryTest, StoredDecimationDoesNotBringBackTheBlackLinesThatANewSizeRe
   expect_output(640, 480);
 }
 
-TEST_F(GeometryTest, DecimationLeavesGridAndNormalisers) {
+TEST_F(GeometryTest, DecimationLeavesThePlans) {
   new_size(640, 480);
-  const FramePlan before[] = {context->p3_plan, context->sse2_plan};
+  const FramePlan before[] = {context->p3.plan, context->sse2.plan};
   ppl_set_decimation(context, 1, 0, 0);
-  for (const Tier tier : tiers) {
-    FramePlan after = plan_of(context, tier);
-    EXPECT_NE(memcmp(after.stride_table, before[static_cast<size_t>(tier)].stride_table,
-                     sizeof after.stride_table),
-              0);
-    memcpy(after.stride_table, before[static_cast<size_t>(tier)].stride_table,
-           sizeof after.stride_table);
-    EXPECT_EQ(memcmp(&after, &before[static_cast<size_t>(tier)], sizeof after), 0);
-  }
+  EXPECT_EQ(memcmp(&context->p3.plan, &before[0], sizeof before[0]), 0);
+  EXPECT_EQ(memcmp(&context->sse2.plan, &before[1], sizeof before[1]), 0);
 }
 
-TEST_F(GeometryTest, AfterAFailedSaveTheDecimationIsNewAndTheStrideTablesAreOld) {
+TEST_F(GeometryTest, TheDecimationIsNewAlsoAfterAFailedSave) {
   new_size(640, 480);
-  poison_derived(context);
   test_hooks::reset_counts();
   test_hooks::fail_saves(0, 1);
   EXPECT_EQ(ppl_set_decimation(context, 2, 3, 4), 1);
   EXPECT_EQ(ppl_decimation(context), 2);
   expect_output(160, 127);
-  expect_written(no_entries);
+  EXPECT_EQ(test_hooks::save_count(), 1u);
   EXPECT_EQ(test_hooks::restore_count(), 0u);
 }
 
@@ -460,7 +464,7 @@ TEST_F(GeometryTest, EverySupportedPairOfSizesIsMapped) {
   for (const Mode &mode : modes) {
     SCOPED_TRACE(testing::Message() << mode.in_width << "x" << mode.in_height << " to "
                                     << mode.out_width << "x" << mode.out_height);
-    restart_on(both_tiers);
+    restart_on(sse2_processor);
     EXPECT_EQ(ppl_new_frame_sizes(context, mode.in_width, mode.in_height, mode.out_width,
                                   mode.out_height),
               1);
@@ -476,7 +480,7 @@ TEST_F(GeometryTest, EverySupportedPairOfSizesIsMapped) {
 
 TEST_F(GeometryTest, EverySupportedPairOfSizesIsMappedAlsoWithTheP3TierAlone) {
   for (const Mode &mode : modes) {
-    restart_on(only_p3_tier);
+    restart_on(p3_processor);
     EXPECT_EQ(ppl_new_frame_sizes(context, mode.in_width, mode.in_height, mode.out_width,
                                   mode.out_height),
               1)
@@ -569,7 +573,8 @@ TEST_F(GeometryTest, APairOfSizesReturnsOneAfterFailedSaves) {
   EXPECT_EQ(ppl_new_frame_sizes(context, 640, 480, 320, 240), 1);
   expect_input(640, 480, 640);
   expect_output(320, 240);
-  EXPECT_EQ(context->p3_plan.block_columns, 0);
+  expect_no_plan(Tier::p3);
+  expect_no_plan(Tier::sse2);
 }
 
 TEST_F(GeometryTest, GeometryIsSticky) {

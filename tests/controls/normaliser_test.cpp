@@ -7,7 +7,7 @@ namespace {
 class Normaliser : public ControlsTest {
  protected:
   std::vector<uint32_t> table(Tier tier) {
-    const uint32_t *const entries = plan_of(context, tier).chain_normaliser;
+    const uint32_t *const entries = tier_state(context, tier).plan.chain_normaliser;
     return {entries, entries + 17};
   }
 
@@ -82,7 +82,7 @@ TEST_F(Normaliser, HeightsFrom13To15HaveNegativeFactors) {
 }
 
 TEST_F(Normaliser, SmallestP3SizeHasFactorsOfItsOwn) {
-  restart_on(only_p3_tier);
+  restart_on(p3_processor);
   new_size(64, 13);
   EXPECT_EQ(table(Tier::p3), expected(8));
 }
@@ -90,7 +90,7 @@ TEST_F(Normaliser, SmallestP3SizeHasFactorsOfItsOwn) {
 TEST_F(Normaliser, EntriesWithoutAChainStayZero) {
   new_size(640, 480);
   new_size(320, 240);
-  for (const Tier tier : tiers) {
+  for (const Tier tier : both_tiers) {
     EXPECT_EQ(table(tier)[8], 0u);
     EXPECT_EQ(table(tier)[9], 0u);
   }

@@ -7,13 +7,11 @@ namespace {
 class Pool : public testing::Test {
  protected:
   void SetUp() override {
-    test_hooks::set_cpuid(both_tiers);
     test_hooks::reset_counts();
     test_hooks::reload_pool();
   }
   void TearDown() override {
     test_hooks::reset_counts();
-    test_hooks::set_cpuid(nullptr);
     test_hooks::reload_pool();
   }
 
@@ -23,10 +21,7 @@ class Pool : public testing::Test {
     return contexts;
   }
 
-  static std::vector<uint8_t> bytes_of(const PplContext *context) {
-    return {reinterpret_cast<const uint8_t *>(context),
-            reinterpret_cast<const uint8_t *>(context + 1)};
-  }
+  const FakeProcessor processor{sse2_processor};
 };
 
 TEST_F(Pool, HandsOutEightContextsInSlotOrder) {
@@ -61,18 +56,15 @@ TEST_F(Pool, ReusesTheLowestFreeSlotFirst) {
 TEST_F(Pool, MarksAClaimedSlot) {
   PplContext *const context = ppl_init();
   EXPECT_EQ(context->in_use, 1);
-  EXPECT_EQ(context->ready, 1);
   EXPECT_EQ(context[1].in_use, 0);
-  EXPECT_EQ(context[1].ready, 0);
 }
 
-TEST_F(Pool, FreeClearsBothMarksAndNothingElse) {
+TEST_F(Pool, FreeClearsTheMarkAndNothingElse) {
   PplContext *const context = ppl_init();
   ppl_new_frame_size(context, 640, 480, 640);
   context->n_frame = 12;
   std::vector<uint8_t> expected = bytes_of(context);
   expected[offsetof(PplContext, in_use)] = 0;
-  expected[offsetof(PplContext, ready)] = 0;
   EXPECT_EQ(ppl_free(context), 1);
   EXPECT_TRUE(bytes_of(context) == expected);
 }
@@ -84,15 +76,6 @@ TEST_F(Pool, FreeTwiceReturnsOneBothTimes) {
   EXPECT_EQ(ppl_free(context), 1);
   EXPECT_EQ(ppl_free(context), 1);
   EXPECT_EQ(ppl_init(), context);
-}
-
-TEST_F(Pool, TheSearchReadsInUseAlone) {
-  PplContext *const first = ppl_init();
-  first->ready = 0;
-  EXPECT_EQ(ppl_init(), first + 1);
-  ppl_free(first);
-  first->ready = 1;
-  EXPECT_EQ(ppl_init(), first);
 }
 
 TEST_F(Pool, UnloadReturnsZeroAndKeepsClaimedContexts) {
@@ -122,38 +105,22 @@ TEST_F(Pool, AFirstOwnerSeesNoGeometryAndEmptyPlans) {
   EXPECT_EQ(context->frame_stride, 0);
   EXPECT_EQ(context->out_width, 0);
   EXPECT_EQ(ppl_n_frame(context), 0u);
-  for (const FramePlan *const plan : {&context->p3_plan, &context->sse2_plan}) {
-    EXPECT_EQ(plan->cell_width, 0);
-    EXPECT_EQ(plan->cell_height, 0);
-    EXPECT_EQ(plan->grid_right, 0);
-    EXPECT_EQ(plan->grid_bottom, 0);
-    EXPECT_EQ(plan->block_columns, 0);
-    EXPECT_EQ(plan->block_rows, 0);
-    for (const uint32_t normaliser : plan->chain_normaliser) EXPECT_EQ(normaliser, 0u);
-    EXPECT_EQ(plan->marker_cell, 0);
+  for (const TierState *const tier : {&context->p3, &context->sse2}) {
+    EXPECT_EQ(tier->plan.cell_width, 0);
+    EXPECT_EQ(tier->plan.cell_height, 0);
+    for (const uint32_t normaliser : tier->plan.chain_normaliser) EXPECT_EQ(normaliser, 0u);
+    EXPECT_EQ(tier->memory.marker_cell, 0);
   }
 }
 
-TEST_F(Pool, AFirstOwnersStrideTablesAreThoseOfAnOutputWidthOfZero) {
-  const PplContext *const context = ppl_init();
-  EXPECT_EQ(context->p3_plan.stride_table[4], 16);
-  EXPECT_EQ(context->p3_plan.stride_table[5], 0);
-  EXPECT_EQ(context->p3_plan.stride_table[56], 24);
-  EXPECT_EQ(context->sse2_plan.stride_table[4], 32);
-  EXPECT_EQ(context->sse2_plan.stride_table[5], 0);
-  EXPECT_EQ(context->sse2_plan.stride_table[56], 48);
-}
-
-TEST_F(Pool, AContextIsReadyAlsoWhereEverySaveFails) {
+TEST_F(Pool, AContextIsHandedOutAlsoWhereEverySaveFails) {
   test_hooks::fail_saves(0, UINT32_MAX);
   PplContext *const context = ppl_init();
   ASSERT_NE(context, nullptr);
-  EXPECT_EQ(context->ready, 1);
+  EXPECT_EQ(context->in_use, 1);
   EXPECT_EQ(ppl_quality(context), 3u);
   EXPECT_EQ(ppl_nf88_r_gain(context), 256);
-  for (const Tier tier : tiers) {
-    for (const int lane : entry_words(context, tier, "rgb_gain_GR_vec")) EXPECT_EQ(lane, 0);
-  }
+  EXPECT_EQ(entry_values(context, "rgb_gain_GR_vec"), (Values{0, 0}));
 }
 
 // ---- A reclaimed slot ----
@@ -175,15 +142,16 @@ TEST_F(Pool, AReclaimedSlotHasItsControlsAtTheirDefaults) {
 TEST_F(Pool, AReclaimedSlotInheritsGeometryCountsAndStatistics) {
   PplContext *const context = ppl_init();
   ppl_new_frame_size(context, 640, 480, 700);
-  const uint32_t normaliser = context->p3_plan.chain_normaliser[0];
+  const uint32_t normaliser = context->p3.plan.chain_normaliser[0];
   context->n_frame = 41;
   context->sensor_type = 42;
-  context->p3_plan.marker_cell = 43;
-  context->sse2_plan.marker_cell = 44;
+  context->p3.memory.marker_cell = 43;
+  context->sse2.memory.marker_cell = 44;
   context->rgb_means_whole_frame = {45, 46, 47};
   context->r_histogram[7] = 48;
   context->mean_normaliser = 49;
-  context->line_buffer[0][100] = 50;
+  context->p3.memory.stat_group_copy[1][7] = 50;
+  context->sse2.memory.flat_cell_rgb[2][7] = 51;
   ppl_free(context);
 
   ASSERT_EQ(ppl_init(), context);
@@ -192,15 +160,16 @@ TEST_F(Pool, AReclaimedSlotInheritsGeometryCountsAndStatistics) {
   EXPECT_EQ(context->frame_stride, 700);
   EXPECT_EQ(context->frame_size, 640 * 480);
   EXPECT_EQ(context->out_width, 640);
-  EXPECT_EQ(context->p3_plan.chain_normaliser[0], normaliser);
+  EXPECT_EQ(context->p3.plan.chain_normaliser[0], normaliser);
   EXPECT_EQ(ppl_n_frame(context), 41u);
   EXPECT_EQ(ppl_sensor_type(context), 42);
-  EXPECT_EQ(context->p3_plan.marker_cell, 43);
-  EXPECT_EQ(context->sse2_plan.marker_cell, 44);
+  EXPECT_EQ(context->p3.memory.marker_cell, 43);
+  EXPECT_EQ(context->sse2.memory.marker_cell, 44);
   EXPECT_EQ(ppl_rgb_means_whole_frame(context)->g, 46u);
   EXPECT_EQ(ppl_r_histogram(context)[7], 48u);
   EXPECT_EQ(context->mean_normaliser, 49u);
-  EXPECT_EQ(context->line_buffer[0][100], 50);
+  EXPECT_EQ(context->p3.memory.stat_group_copy[1][7], 50);
+  EXPECT_EQ(context->sse2.memory.flat_cell_rgb[2][7], 51);
 }
 
 TEST_F(Pool, AReclaimedSlotsDecimationIsResetOverItsOldSize) {
@@ -213,35 +182,13 @@ TEST_F(Pool, AReclaimedSlotsDecimationIsResetOverItsOldSize) {
   ASSERT_EQ(ppl_init(), context);
   EXPECT_EQ(context->out_width, 640);
   EXPECT_EQ(context->out_height, 480);
-  EXPECT_EQ(context->p3_plan.stride_table[65], 640);
 }
 
 // ---- Memory ----
 
-TEST_F(Pool, RecordsStandOn16ByteBoundaries) {
+TEST_F(Pool, LineMemoryStandsOnABoundaryOfTheWidestRegister) {
   for (const PplContext *const context : claim_all()) {
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(context) % 16, 0u);
-  }
-}
-
-TEST_F(Pool, RingsStartOnThe32ByteBoundaryBehindTheStatistics) {
-  for (const PplContext *const context : claim_all()) {
-    const auto area = reinterpret_cast<uintptr_t>(context->ring_area_storage);
-    const auto end = area + sizeof context->ring_area_storage;
-    const auto start = reinterpret_cast<uintptr_t>(context->line_buffer[0]);
-    EXPECT_EQ(start, (area + 31) / 32 * 32);
-    EXPECT_LE(start + 40960, end);
-    EXPECT_LE(reinterpret_cast<uintptr_t>(&context->mean_normaliser) + 4, area);
-  }
-}
-
-TEST_F(Pool, RingsFollowOneAnotherAndTheLastTwoShareMemory) {
-  const ptrdiff_t starts[8] = {0, 8192, 12288, 16384, 20480, 24576, 24576, 28672};
-  for (const PplContext *const context : claim_all()) {
-    for (int ring = 0; ring < 8; ++ring) {
-      EXPECT_EQ(context->line_buffer[ring] - context->line_buffer[0], starts[ring]) << ring;
-      EXPECT_EQ(reinterpret_cast<uintptr_t>(context->line_buffer[ring]) % 32, 0u) << ring;
-    }
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(context->line_memory) % line_margin, 0u);
   }
 }
 

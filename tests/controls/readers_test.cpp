@@ -231,10 +231,7 @@ class FrameReaders : public Readers {
 
   void SetUp() override {
     test_hooks::set_cpuid(nullptr);
-    has_sse2_tier = (test_hooks::processor_flags() & (1u << 26)) != 0;
-    if ((test_hooks::processor_flags() & (1u << 24)) == 0) {
-      GTEST_SKIP() << "this processor runs no frames";
-    }
+    if (!has_tier(Tier::p3)) GTEST_SKIP() << "this processor runs no frames";
     test_hooks::reset_counts();
     test_hooks::reload_pool();
     context = ppl_init();
@@ -292,7 +289,6 @@ class FrameReaders : public Readers {
     }
   }
 
-  bool has_sse2_tier = false;
   AlignedBytes source{width * height * 2}, destination{width * height * 4};
 };
 
@@ -362,8 +358,8 @@ TEST_F(FrameReaders, AFlatFrameAtQuality0HasEqualInnerWindowsAndNothingOutside) 
     // A window away from the frame's edges has one cell in four sampled. The chain's factor makes
     // up for the margins of the frame, so such a window reads a little high.
     const uint32_t cells = width / 8 * (height / 6) / 4, sum = cells / 4 * 100;
-    const uint32_t m =
-        plan_of(context, P3_only || !has_sse2_tier ? Tier::p3 : Tier::sse2).chain_normaliser[0];
+    const uint32_t m = tier_state(context, P3_only || !has_tier(Tier::sse2) ? Tier::p3 : Tier::sse2)
+                           .plan.chain_normaliser[0];
     const uint32_t r = (context->r_window_scale * ((sum * m) >> 8)) >> 12;
     const uint32_t g = (context->g_window_scale * ((2 * sum * m) >> 8)) >> 12;
     EXPECT_NEAR(r, 25600, 25600 / 5);

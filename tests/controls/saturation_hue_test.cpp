@@ -28,12 +28,10 @@ class SaturationHue : public ControlsTest {
     EXPECT_EQ(context->offset_rgb, sets.offset_rgb);
     EXPECT_EQ(context->offset_yuv_full, sets.offset_yuv_full);
     EXPECT_EQ(context->offset_yuv_studio, sets.offset_yuv_studio);
-    EXPECT_EQ(std::vector<int32_t>(context->chroma_matrix, context->chroma_matrix + 4),
-              std::vector<int32_t>(sets.chroma.begin(), sets.chroma.end()));
   }
 
-  // All sixteen colour entries of both tiers, from what the context holds.
-  void expect_colour_block() {
+  // All sixteen colour entries, from what the context holds.
+  void expect_colour_entries() {
     ColourSets sets{};
     std::copy_n(context->colour_rgb, 9, sets.rgb.begin());
     std::copy_n(context->colour_yuv_full, 9, sets.yuv_full.begin());
@@ -44,10 +42,10 @@ class SaturationHue : public ControlsTest {
     for (const auto &[name, coefficients] : colour_groups(sets, sensor, bound)) {
       expect_matrix(name, coefficients);
     }
-    expect_words("index_mask_vec", {index_mask(bound)});
-    expect_words("offset_rgb_vec", {offset_lane(context->offset_rgb)});
-    expect_words("offset_full_vec", {offset_lane(context->offset_yuv_full)});
-    expect_words("offset_studio_vec", {offset_lane(context->offset_yuv_studio)});
+    expect_value("index_bound_vec", index_bound(bound));
+    expect_value("offset_rgb_vec", offset_entry(context->offset_rgb));
+    expect_value("offset_full_vec", offset_entry(context->offset_yuv_full));
+    expect_value("offset_studio_vec", offset_entry(context->offset_yuv_studio));
   }
 
   // Both sensor matrices with one value in the corner and one on the rest of the diagonal.
@@ -57,7 +55,7 @@ class SaturationHue : public ControlsTest {
     ppl_copy_sensor_matrix(context, matrices);
   }
 
-  int first_lane(const std::string &name) { return entry_words(context, Tier::p3, name)[0]; }
+  int corner(const std::string &name) { return entry_values(context, name)[0]; }
 };
 
 // ---- Plain values ----
@@ -137,30 +135,17 @@ TEST_F(SaturationHue, HalfATurnFlipsBothChromaAxes) {
   EXPECT_EQ(ppl_set_sat_hue(context, 256, 180), 1);
   EXPECT_EQ(row_major(context->colour_yuv_full),
             (std::vector<int32_t>{77, 150, 29, 44, 87, -131, -131, 110, 21}));
-  EXPECT_EQ(context->chroma_matrix[0], -256);
-  EXPECT_EQ(context->chroma_matrix[1], 0);
-  EXPECT_EQ(context->chroma_matrix[2], 0);
-  EXPECT_EQ(context->chroma_matrix[3], -256);
   expect_sets(256, 180, 0);
 }
 
 TEST_F(SaturationHue, OneDegreePastHalfATurnHasTheSineOfOneDegreeNegated) {
   EXPECT_EQ(ppl_set_sat_hue(context, 256, 181), 1);
-  // sin 1 degree is 71 in Q12: -71 times 256, shifted by 12 and the negative by 8 and 4.
-  EXPECT_EQ(context->chroma_matrix[2], -71 * 256 >> 12);
-  EXPECT_EQ(context->chroma_matrix[1], 71 >> 4);
-}
-
-TEST_F(SaturationHue, ThirtyDegreesHaveASineOfExactlyOneHalf) {
-  EXPECT_EQ(ppl_set_sat_hue(context, 512, 30), 1);
-  EXPECT_EQ(context->chroma_matrix[2], 2048 * 512 >> 12);
-  expect_sets(512, 30, 0);
-}
-
-TEST_F(SaturationHue, TheTwoSidesOfTheChromaMatrixRoundEachInItsWay) {
-  EXPECT_EQ(ppl_set_sat_hue(context, 256, 1), 1);
-  EXPECT_EQ(context->chroma_matrix[1], -5);  // -71 >> 4
-  EXPECT_EQ(context->chroma_matrix[2], 4);   // 71 * 256 >> 12
+  // U is turned by a cosine of -4095 and a sine of -71 in Q12: the red one is
+  // (-4095 * -707 + 71 * 2095 + 2048) >> 12, 743, and in Q8 (743 + 8) >> 4.
+  EXPECT_EQ(row_major(context->colour_yuv_full)[3], 46);
+  EXPECT_EQ(row_major(context->colour_yuv_full)[4], 85);
+  EXPECT_EQ(row_major(context->colour_yuv_full)[5], -131);
+  expect_sets(256, 181, 0);
 }
 
 TEST_F(SaturationHue, EveryDegreeAtTellingSaturations) {
@@ -207,7 +192,7 @@ TEST_F(SaturationHue, ContrastOf128EitherWayIsStillTaken) {
   }
 }
 
-TEST_F(SaturationHue, AfterAFailedSaveTheSetsAreNewAndTheVectorsOld) {
+TEST_F(SaturationHue, AfterAFailedSaveTheSetsAreNewAndTheEntriesOld) {
   poison_derived(context);
   test_hooks::fail_saves(0, 1);
   EXPECT_EQ(ppl_set_sat_hue(context, 100, 100), 1);
@@ -220,10 +205,10 @@ TEST_F(SaturationHue, AfterAFailedSaveTheSetsAreNewAndTheVectorsOld) {
 TEST_F(SaturationHue, DefaultStudioEntries) {
   expect_matrix("studio_base0_vec", {15, 36, 3, -5, -13, 19, 17, -13, -4});
   expect_matrix("studio_slope_vec", {-66, 207, -142, -260, -658, 924, 825, -635, -188});
-  expect_words("index_mask_vec", {static_cast<int16_t>(65535 - 12)});
-  expect_words("offset_studio_vec", {32});
-  expect_words("offset_full_vec", {32});
-  expect_words("offset_rgb_vec", {32});
+  expect_value("index_bound_vec", 12);
+  expect_value("offset_studio_vec", 32);
+  expect_value("offset_full_vec", 32);
+  expect_value("offset_rgb_vec", 32);
 }
 
 TEST_F(SaturationHue, DefaultRgbEntriesAreTheSensorMatricesInQ6) {
@@ -231,22 +216,22 @@ TEST_F(SaturationHue, DefaultRgbEntriesAreTheSensorMatricesInQ6) {
   expect_matrix("rgb_base1_vec", {103, -14, -24, -24, 106, -18, -21, -36, 122});
 }
 
-TEST_F(SaturationHue, DefaultColourBlockFollowsTheDefinitions) { expect_colour_block(); }
+TEST_F(SaturationHue, DefaultColourEntriesFollowTheDefinitions) { expect_colour_entries(); }
 
-TEST_F(SaturationHue, ColourBlockFollowsSaturationHueAndContrast) {
+TEST_F(SaturationHue, ColourEntriesFollowSaturationHueAndContrast) {
   for (const uint32_t sat : {0u, 255u, 512u}) {
     for (const int32_t hue : {0, 10, 95, 180, 181, 300}) {
       for (const int32_t c : {-127, 0, 90}) {
         SCOPED_TRACE(testing::Message() << sat << " " << hue << " " << c);
         ppl_set_sat_hue(context, sat, hue);
         ppl_set_contrast_c(context, c, nullptr, nullptr);
-        expect_colour_block();
+        expect_colour_entries();
       }
     }
   }
 }
 
-TEST_F(SaturationHue, ColourBlockFollowsTheSensorMatrices) {
+TEST_F(SaturationHue, ColourEntriesFollowTheSensorMatrices) {
   std::mt19937 random(1);
   std::uniform_int_distribution<int32_t> coefficient(-2048, 2047), bound(1, 255);
   for (int round = 0; round < 50; ++round) {
@@ -255,11 +240,11 @@ TEST_F(SaturationHue, ColourBlockFollowsTheSensorMatrices) {
     for (int32_t &entry : matrices) entry = coefficient(random);
     EXPECT_EQ(ppl_copy_sensor_matrix(context, matrices), 1);
     EXPECT_EQ(ppl_set_sensor_matrix_index_upper_bound(context, bound(random)), 1);
-    expect_colour_block();
+    expect_colour_entries();
   }
 }
 
-TEST_F(SaturationHue, ColourBlockWrapsIn32BitsAtAnyMatrixAndBound) {
+TEST_F(SaturationHue, ColourEntriesWrapIn32BitsAtAnyMatrixAndBound) {
   std::mt19937 random(2);
   std::uniform_int_distribution<int32_t> any(INT_MIN, INT_MAX);
   for (int round = 0; round < 50; ++round) {
@@ -268,7 +253,7 @@ TEST_F(SaturationHue, ColourBlockWrapsIn32BitsAtAnyMatrixAndBound) {
     for (int32_t &entry : matrices) entry = any(random) >> (round % 16);
     ppl_copy_sensor_matrix(context, matrices);
     ppl_set_sensor_matrix_index_upper_bound(context, any(random) >> (round % 20));
-    expect_colour_block();
+    expect_colour_entries();
   }
 }
 
@@ -276,18 +261,18 @@ TEST_F(SaturationHue, NegativeBoundsDivideTruncating) {
   for (const int32_t bound : {-1, -2, -7, -12, INT_MIN}) {
     SCOPED_TRACE(bound);
     EXPECT_EQ(ppl_set_sensor_matrix_index_upper_bound(context, bound), 1);
-    expect_colour_block();
+    expect_colour_entries();
   }
 }
 
 TEST_F(SaturationHue, BoundZeroActsAsOneAndStaysZero) {
   EXPECT_EQ(ppl_set_sensor_matrix_index_upper_bound(context, 1), 1);
-  const std::vector<int> slopes = entry_words(context, Tier::p3, "studio_slope_vec");
+  const std::vector<int> slopes = entry_values(context, "studio_slope_vec");
   EXPECT_EQ(ppl_set_sensor_matrix_index_upper_bound(context, 0), 1);
   EXPECT_EQ(ppl_sensor_matrix_index_upper_bound(context), 0);
-  EXPECT_EQ(entry_words(context, Tier::p3, "studio_slope_vec"), slopes);
-  expect_words("index_mask_vec", {-2});
-  expect_colour_block();
+  EXPECT_EQ(entry_values(context, "studio_slope_vec"), slopes);
+  expect_value("index_bound_vec", 1);
+  expect_colour_entries();
 }
 
 TEST_F(SaturationHue, TheOneQuotientThatDoesNotFitWraps) {
@@ -295,70 +280,71 @@ TEST_F(SaturationHue, TheOneQuotientThatDoesNotFitWraps) {
   // whose negative there is none of.
   set_corner(0, 1 << 30);
   EXPECT_EQ(ppl_set_sensor_matrix_index_upper_bound(context, -1), 1);
-  EXPECT_EQ(first_lane("studio_slope_vec"), -32768);
-  expect_colour_block();
+  EXPECT_EQ(corner("studio_slope_vec"), -32768);
+  expect_colour_entries();
 }
 
-// Values within 17 bits keep their low 16, all others are held at the lane's ends.
-TEST_F(SaturationHue, BaseLanesWrapWithin17BitsAndSaturateBeyond) {
+// Values within 17 bits keep their low 16, all others are held at a word's ends.
+TEST_F(SaturationHue, BasesWrapWithin17BitsAndSaturateBeyond) {
   // The neutral set carries a corner v of the sensor matrix over as it is; the base is (v + 2)
   // >> 2.
   const struct {
     int32_t base;
-    int lane;
+    int word;
   } cases[] = {{32767, 32767}, {32768, -32768},  {40000, -25536},  {65535, -1},
                {65536, 32767}, {70000, 32767},   {-32768, -32768}, {-32769, 32767},
                {-65536, 0},    {-65537, -32768}, {-70000, -32768}};
-  for (const auto &[base, lane] : cases) {
+  for (const auto &[base, word] : cases) {
     SCOPED_TRACE(base);
     set_corner(4 * base, 4 * base);
-    EXPECT_EQ(first_lane("rgb_base0_vec"), lane);
-    EXPECT_EQ(first_lane("rgb_base1_vec"), lane);
-    expect_colour_block();
+    EXPECT_EQ(corner("rgb_base0_vec"), word);
+    EXPECT_EQ(corner("rgb_base1_vec"), word);
+    expect_colour_entries();
   }
 }
 
-TEST_F(SaturationHue, SlopeLanesWrapWithin17BitsAndSaturateBeyond) {
+TEST_F(SaturationHue, SlopesWrapWithin17BitsAndSaturateBeyond) {
   ppl_set_sensor_matrix_index_upper_bound(context, 1);
   const struct {
     int32_t step;  // an eighth of the slope
-    int lane;
+    int word;
   } cases[] = {{4095, 32760},   {4096, -32768}, {5000, -25536}, {8191, -8},     {8192, 32767},
                {-4096, -32768}, {-4097, 32760}, {-8192, 0},     {-8193, -32768}};
-  for (const auto &[step, lane] : cases) {
+  for (const auto &[step, word] : cases) {
     SCOPED_TRACE(step);
     set_corner(0, step);
-    EXPECT_EQ(first_lane("rgb_slope_vec"), lane);
-    expect_colour_block();
+    EXPECT_EQ(corner("rgb_slope_vec"), word);
+    expect_colour_entries();
   }
 }
 
 TEST_F(SaturationHue, SlopesDivideTowardsZero) {
   ppl_set_sensor_matrix_index_upper_bound(context, 16);
   set_corner(0, 3);
-  EXPECT_EQ(first_lane("rgb_slope_vec"), 1);  // 24 / 16
+  EXPECT_EQ(corner("rgb_slope_vec"), 1);  // 24 / 16
   set_corner(3, 0);
-  EXPECT_EQ(first_lane("rgb_slope_vec"), -1);
+  EXPECT_EQ(corner("rgb_slope_vec"), -1);
 }
 
-TEST_F(SaturationHue, IndexMaskIsTheComplementOfTheBoundInALane) {
+TEST_F(SaturationHue, IndexBoundIsTheLowWordOfTheControl) {
   const struct {
     int32_t bound;
-    int lane;
-  } cases[] = {{1, -2}, {12, -13}, {255, -256}, {65535, 0}, {65536, -1}, {-1, 0}, {-2, 1}};
-  for (const auto &[bound, lane] : cases) {
+    int word;
+  } cases[] = {{1, 1},      {12, 12},   {255, 255}, {32768, -32768},
+               {65535, -1}, {65536, 0}, {-1, -1},   {-2, -2}};
+  for (const auto &[bound, word] : cases) {
     SCOPED_TRACE(bound);
     ppl_set_sensor_matrix_index_upper_bound(context, bound);
-    expect_words("index_mask_vec", {lane});
+    expect_value("index_bound_vec", word);
   }
 }
 
 TEST_F(SaturationHue, OffsetsCarryTheHalfOfTheKernelsShift) {
   // Contrast 64: a gain of 384, an offset of 32768 - 128 * 384 = -16384.
   ppl_set_contrast_c(context, 64, nullptr, nullptr);
-  expect_words("offset_studio_vec", {-4096 + 32});
-  expect_words("offset_full_vec", {-4096 + 32});
-  expect_words("offset_rgb_vec", {-4096 + 32});
+  expect_value("offset_studio_vec", -4096 + 32);
+  expect_value("offset_full_vec", -4096 + 32);
+  expect_value("offset_rgb_vec", -4096 + 32);
 }
 
 TEST_F(SaturationHue, SensorMatrixAndBoundResetToTheirDefaults) {

@@ -6,17 +6,15 @@
 namespace ppl::controls_test {
 namespace {
 
-enum class Lanes { words, bytes, words_shifted_by_2 };
-
 struct Threshold {
   const char *name;
   int32_t (*get)(const PplContext *);
   uint8_t (*set)(PplContext *, int32_t);
   int32_t default_value;
   const char *entry;
-  Lanes lanes;
+  int shift;            // of the value in its entry
   int32_t limit;        // refused above it, unsigned; -1 where there is no limit
-  int32_t fit_min = 0;  // without a limit: what the lanes take
+  int32_t fit_min = 0;  // without a limit: what the entry takes
   int32_t fit_max = 0;
 };
 
@@ -26,48 +24,35 @@ std::ostream &operator<<(std::ostream &out, const Threshold &threshold) {
 
 const std::vector<Threshold> thresholds = {
     {"hot_pixel_threshold", ppl_medium_filter_hot_pixel_threshold,
-     ppl_set_medium_filter_hot_pixel_threshold, 240, "medium_hot_vec", Lanes::words, -1, -32768,
-     32767},
+     ppl_set_medium_filter_hot_pixel_threshold, 240, "medium_hot_vec", 0, -1, -32768, 32767},
     {"dead_pixel_threshold", ppl_medium_filter_dead_pixel_threshold,
-     ppl_set_medium_filter_dead_pixel_threshold, 16, "medium_dead_vec", Lanes::words, -1, -32768,
-     32767},
+     ppl_set_medium_filter_dead_pixel_threshold, 16, "medium_dead_vec", 0, -1, -32768, 32767},
     {"hot_pixel_percentage", ppl_nf88_medium_filter_hot_pixel_threshold_percentage,
-     ppl_set_nf88_medium_filter_hot_pixel_threshold_percentage, 80, "medium_hot_pct_vec",
-     Lanes::words_shifted_by_2, -1, -65536, 65535},
+     ppl_set_nf88_medium_filter_hot_pixel_threshold_percentage, 80, "medium_hot_pct_vec", 2, -1,
+     -65536, 65535},
     {"dead_pixel_percentage", ppl_nf88_medium_filter_dead_pixel_threshold_percentage,
-     ppl_set_nf88_medium_filter_dead_pixel_threshold_percentage, 48, "medium_dead_pct_vec",
-     Lanes::words_shifted_by_2, -1, -65536, 65535},
-    {"edge_threshold", ppl_edge_threshold, ppl_set_edge_threshold, 100, "edge_threshold_vec",
-     Lanes::words, 1530},
+     ppl_set_nf88_medium_filter_dead_pixel_threshold_percentage, 48, "medium_dead_pct_vec", 2, -1,
+     -65536, 65535},
+    {"edge_threshold", ppl_edge_threshold, ppl_set_edge_threshold, 100, "edge_threshold_vec", 0,
+     1530},
     {"edge_threshold2", ppl_edge_threshold2, ppl_set_edge_threshold2, 1530, "edge_threshold2_vec",
-     Lanes::words, 1530},
+     0, 1530},
     {"edge_enhance_factor", ppl_nf88_edge_enhance_factor, ppl_set_nf88_edge_enhance_factor, 32,
-     "edge_enhance_factor_vec", Lanes::words_shifted_by_2, 256},
+     "edge_enhance_factor_vec", 2, 256},
     {"noise_filter_G_12T", ppl_noise_filter_G_12T_threshold, ppl_set_noise_filter_G_12T_threshold,
-     60, "noise_G_12T_vec", Lanes::words, 3060},
+     60, "noise_G_12T_vec", 0, 3060},
     {"noise_filter_R_8T", ppl_noise_filter_R_8T_threshold, ppl_set_noise_filter_R_8T_threshold, 40,
-     "noise_R_8T_vec", Lanes::words, 2040},
+     "noise_R_8T_vec", 0, 2040},
     {"noise_filter_B_8T", ppl_noise_filter_B_8T_threshold, ppl_set_noise_filter_B_8T_threshold, 40,
-     "noise_B_8T_vec", Lanes::words, 2040},
-    {"CFA_T0", ppl_CFA_T0_threshold, ppl_set_CFA_T0_threshold, 10, "CFA_T0_vec", Lanes::bytes, 255},
-    {"CFA_T1", ppl_CFA_T1_threshold, ppl_set_CFA_T1_threshold, 15, "CFA_T1_vec", Lanes::words, 63},
-    {"intl_3T", ppl_intl_3T_threshold, ppl_set_intl_3T_threshold, 50, "intl_3T_vec", Lanes::words,
-     765},
+     "noise_B_8T_vec", 0, 2040},
+    {"CFA_T0", ppl_CFA_T0_threshold, ppl_set_CFA_T0_threshold, 10, "CFA_T0_vec", 0, 255},
+    {"CFA_T1", ppl_CFA_T1_threshold, ppl_set_CFA_T1_threshold, 15, "CFA_T1_vec", 0, 63},
+    {"intl_3T", ppl_intl_3T_threshold, ppl_set_intl_3T_threshold, 50, "intl_3T_vec", 0, 765},
 };
 
 class Thresholds : public ControlsTest, public testing::WithParamInterface<Threshold> {
  protected:
-  void expect_entry_of(int32_t value) {
-    const Threshold &threshold = GetParam();
-    switch (threshold.lanes) {
-      case Lanes::words:
-        return expect_words(threshold.entry, {value});
-      case Lanes::bytes:
-        return expect_bytes(threshold.entry, {value});
-      case Lanes::words_shifted_by_2:
-        return expect_words(threshold.entry, {value >> 2});
-    }
-  }
+  void expect_entry_of(int32_t value) { expect_value(GetParam().entry, value >> GetParam().shift); }
 
   bool limited() const { return GetParam().limit >= 0; }
 };
@@ -131,27 +116,27 @@ TEST_F(ThresholdControls, EdgeThresholdsAreTwoControls) {
   EXPECT_EQ(ppl_edge_threshold2(context), 4);
 }
 
-TEST_F(ThresholdControls, FullEdgeEnhanceFactorGivesLanesOf64) {
+TEST_F(ThresholdControls, FullEdgeEnhanceFactorIs64In8Point6) {
   EXPECT_EQ(ppl_set_nf88_edge_enhance_factor(context, 256), 1);
-  expect_words("edge_enhance_factor_vec", {64});
+  expect_value("edge_enhance_factor_vec", 64);
   EXPECT_EQ(ppl_set_nf88_edge_enhance_factor(context, 257), 0);
-  expect_words("edge_enhance_factor_vec", {64});
+  expect_value("edge_enhance_factor_vec", 64);
 }
 
 TEST_F(ThresholdControls, NegativePercentagesShiftArithmetically) {
   EXPECT_EQ(ppl_set_nf88_medium_filter_hot_pixel_threshold_percentage(context, -1), 1);
-  expect_words("medium_hot_pct_vec", {-1});
+  expect_value("medium_hot_pct_vec", -1);
   EXPECT_EQ(ppl_set_nf88_medium_filter_dead_pixel_threshold_percentage(context, -65536), 1);
-  expect_words("medium_dead_pct_vec", {-16384});
+  expect_value("medium_dead_pct_vec", -16384);
 }
 
-TEST_F(ThresholdControls, HotPixelThresholdThatDoesNotFitKeepsTheOldVector) {
+TEST_F(ThresholdControls, HotPixelThresholdThatDoesNotFitKeepsTheOldEntry) {
   EXPECT_EQ(ppl_set_medium_filter_hot_pixel_threshold(context, 40000), 0);
   EXPECT_EQ(ppl_medium_filter_hot_pixel_threshold(context), 40000);
-  expect_words("medium_hot_vec", {240});
+  expect_value("medium_hot_vec", 240);
 }
 
-// ---- The difference threshold, which has no vector of its own ----
+// ---- The difference threshold, whose own entry is never written ----
 
 TEST_F(ThresholdControls, DiffThresholdStartsAt24) {
   EXPECT_EQ(ppl_medium_filter_diff_threshold(context), 24);
@@ -165,25 +150,25 @@ TEST_F(ThresholdControls, DiffThresholdTakesAnyValue) {
   }
 }
 
-TEST_F(ThresholdControls, DiffThresholdRewritesTheHotVectorFromTheHotThreshold) {
+TEST_F(ThresholdControls, DiffThresholdRewritesTheHotEntryFromTheHotThreshold) {
   ppl_set_medium_filter_hot_pixel_threshold(context, 123);
   poison_derived(context);
   EXPECT_EQ(ppl_set_medium_filter_diff_threshold(context, 77), 1);
   expect_written({"medium_hot_vec"});
-  expect_words("medium_hot_vec", {123});
+  expect_value("medium_hot_vec", 123);
 }
 
 TEST_F(ThresholdControls, DiffThresholdReturnsTheResultOfTheHotRefresher) {
   ppl_set_medium_filter_hot_pixel_threshold(context, 40000);
   EXPECT_EQ(ppl_set_medium_filter_diff_threshold(context, 5), 0);
   EXPECT_EQ(ppl_medium_filter_diff_threshold(context), 5);
-  expect_words("medium_hot_vec", {240});
+  expect_value("medium_hot_vec", 240);
 }
 
-TEST_F(ThresholdControls, DiffVectorStaysZero) {
+TEST_F(ThresholdControls, DiffEntryStaysZero) {
   ppl_set_medium_filter_diff_threshold(context, 77);
   ppl_reset_all_controls(context);
-  expect_words("medium_diff_vec", {0});
+  expect_value("medium_diff_vec", 0);
 }
 
 // ---- The switch ----

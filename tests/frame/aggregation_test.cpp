@@ -1,7 +1,6 @@
 // What a frame driver makes of the sums when the last pass has returned.
 #include <gtest/gtest.h>
 
-#include "frame/context.h"
 #include "support/raw_frame.h"
 
 namespace ppl_test {

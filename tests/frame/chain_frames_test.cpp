@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <array>
 
-#include "frame/context.h"
 #include "support/raw_frame.h"
+#include "support/tier_state.h"
 
 namespace ppl_test {
 namespace {
@@ -16,9 +16,7 @@ class ChainFrames : public RawFrameTierTest {
     RawFrameTierTest::SetUp();
     if (!IsSkipped()) make_colour_neutral();
   }
-  const ppl::FramePlan &plan() const {
-    return GetParam() == Tier::p3 ? ctx->p3_plan : ctx->sse2_plan;
-  }
+  const ppl::FramePlan &plan() const { return tier_state(ctx, GetParam()).plan; }
 };
 INSTANTIATE_TEST_SUITE_P(Tiers, ChainFrames, ::testing::ValuesIn(both_tiers), tier_name);
 

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "frame/context.h"
 #include "support/raw_frame.h"
+#include "support/tier_state.h"
 
 namespace ppl_test {
 namespace {
@@ -263,14 +263,14 @@ class CopyMarker : public RawFrameTierTest {
     }
     return {left, top};
   }
-  ppl::FramePlan &plan(Tier tier) { return tier == Tier::p3 ? ctx->p3_plan : ctx->sse2_plan; }
+  int32_t marker_cell(Tier tier) { return tier_state(ctx, tier).memory.marker_cell; }
   static Tier other(Tier tier) { return tier == Tier::p3 ? Tier::sse2 : Tier::p3; }
 };
 INSTANTIATE_TEST_SUITE_P(Tiers, CopyMarker, ::testing::ValuesIn(both_tiers), tier_name);
 
 TEST_P(CopyMarker, WalksThroughFiveColumnsAndSixRowsOfTheVPlane) {
   // 160 by 24: a tenth of the width is 16, a twelfth of the height is 2. The V plane is 80 by 12.
-  const int32_t other_marker = plan(other(GetParam())).marker_cell;
+  const int32_t other_marker = marker_cell(other(GetParam()));
   for (const uint32_t quality : {4u, 9u}) {
     ppl_set_quality(ctx, quality);
     for (size_t cell = 0; cell < 30; ++cell) {
@@ -279,23 +279,23 @@ TEST_P(CopyMarker, WalksThroughFiveColumnsAndSixRowsOfTheVPlane) {
           << "frame " << cell;
       EXPECT_TRUE(all_equal(&picture.bytes[picture.size()], picture.size() / 4, 128)) << "U plane";
     }
-    EXPECT_EQ(plan(GetParam()).marker_cell, 0) << "after 30 frames";
+    EXPECT_EQ(marker_cell(GetParam()), 0) << "after 30 frames";
   }
-  EXPECT_EQ(plan(other(GetParam())).marker_cell, other_marker);
+  EXPECT_EQ(marker_cell(other(GetParam())), other_marker);
 }
 
 TEST_P(CopyMarker, IsPaintedAtAWidthOf640) {
   ppl_set_quality(ctx, 4);
   const Picture picture = run(Format::i420, flat_mosaic(640, 480, 60));
   EXPECT_EQ(marker_position(picture, 64, 40), (std::pair<size_t, size_t>{0, 0}));
-  EXPECT_EQ(plan(GetParam()).marker_cell, 1);
+  EXPECT_EQ(marker_cell(GetParam()), 1);
 }
 
 TEST_P(CopyMarker, IsNotPaintedAtAWidthOf352) {
   ppl_set_quality(ctx, 4);  // a tenth is 35
   const Picture picture = run(Format::i420, flat_mosaic(352, 24, 60));
   EXPECT_TRUE(all_equal(&picture.bytes[picture.size()], picture.size() / 2, 128));
-  EXPECT_EQ(plan(GetParam()).marker_cell, 0) << "stands still";
+  EXPECT_EQ(marker_cell(GetParam()), 0) << "stands still";
 }
 
 TEST_P(CopyMarker, NeedsWholeBlocksOfTheTier) {
@@ -306,7 +306,7 @@ TEST_P(CopyMarker, NeedsWholeBlocksOfTheTier) {
   } else {
     EXPECT_TRUE(all_equal(&picture.bytes[picture.size()], picture.size() / 2, 128));
   }
-  EXPECT_EQ(plan(GetParam()).marker_cell, GetParam() == Tier::p3 ? 1 : 0);
+  EXPECT_EQ(marker_cell(GetParam()), GetParam() == Tier::p3 ? 1 : 0);
 }
 
 TEST_P(CopyMarker, IsAllThatChangesAtDecimation2) {
@@ -340,14 +340,14 @@ TEST_P(CopyMarker, SurvivesASizeChange) {
   ppl_set_quality(ctx, 4);
   run(Format::i420, flat_mosaic(160, 24, 60));
   run(Format::i420, flat_mosaic(320, 48, 60));
-  EXPECT_EQ(plan(GetParam()).marker_cell, 2);
+  EXPECT_EQ(marker_cell(GetParam()), 2);
 }
 
 TEST_P(CopyMarker, BelongsToI420Alone) {
   ppl_set_quality(ctx, 4);
   for (const Format format : {Format::yuyv, Format::uyvy, Format::rgb24, Format::rgb32})
     run(format, flat_mosaic(160, 24, 60));
-  EXPECT_EQ(plan(GetParam()).marker_cell, 0);
+  EXPECT_EQ(marker_cell(GetParam()), 0);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "frame/context.h"
+#include "context/context.h"
 #include "support/raw_frame.h"
 
 namespace ppl_test {
@@ -179,7 +179,7 @@ TEST_F(RawDriverTest, AContextWithoutASizeTouchesNothing) {
 }
 
 TEST_F(RawDriverTest, AlignedBuffersRunTheSse2Tier) {
-  if (!has_sse2_tier()) GTEST_SKIP() << "no SSE2 tier on this processor";
+  if (!has_tier(Tier::sse2)) GTEST_SKIP() << "no SSE2 tier on this processor";
   for (const Format format : all_formats) {
     ASSERT_EQ(run(format, frame_that_tells_the_tier()).result, 1);
     EXPECT_EQ(tier_that_ran(), Tier::sse2) << name_of(format);
@@ -215,7 +215,7 @@ TEST_F(RawDriverTest, AProcessorWithoutSse2RunsTheP3Tier) {
 }
 
 TEST_F(RawDriverTest, TheTierIsChosenAnewForEachFrame) {
-  if (!has_sse2_tier()) GTEST_SKIP() << "no SSE2 tier on this processor";
+  if (!has_tier(Tier::sse2)) GTEST_SKIP() << "no SSE2 tier on this processor";
   for (const int flag : {0, 1, 0, 1}) {
     ppl_set_P3_only(ctx, static_cast<uint8_t>(flag));
     ASSERT_EQ(run(Format::i420, frame_that_tells_the_tier()).result, 1);
@@ -224,7 +224,7 @@ TEST_F(RawDriverTest, TheTierIsChosenAnewForEachFrame) {
 }
 
 TEST_F(RawDriverTest, AlignmentOfTheChromaPlanesPlaysNoPart) {
-  if (!has_sse2_tier()) GTEST_SKIP() << "no SSE2 tier on this processor";
+  if (!has_tier(Tier::sse2)) GTEST_SKIP() << "no SSE2 tier on this processor";
   // 130 by 22 is 2860, which is 12 modulo 16: so the U plane stands off the boundary.
   Mosaic frame = flat_mosaic(130, 22, 100);
   frame.samples[3 * 130 + 3] = 200;

@@ -3,7 +3,8 @@
 
 #include <vector>
 
-#include "frame/context.h"
+#include "context/context.h"
+#include "support/combinations.h"
 #include "support/raw_frame.h"
 #include "support/stack_offset.h"
 
@@ -109,21 +110,23 @@ TEST_F(RawEntryTest, EveryEntryFallsBackWithItsOwnSizes) {
   run_one_frame();
   const Untouched before = look();
   // 130 by 13 is 1690 pixels: n / 4 = 422, n / 8 = 211, and 4 (n / 4) = 1688 is not n.
-  for (const auto &[width, height] : {std::pair{128u, 24u}, {130u, 13u}, {7u, 3u}, {1u, 1u}})
-    for (const Format format : all_formats)
-      for (const Variant variant : all_variants)
-        for (const auto &[source_alignment, output_alignment] :
-             {std::pair{4u, 0u}, {0u, 4u}, {1u, 8u}}) {
-          SCOPED_TRACE(std::string(name_of(format)) + " " + name_of(variant) + " " +
-                       std::to_string(width) + " by " + std::to_string(height));
-          const FallbackSizes sizes = fallback_sizes(format, variant, width * height);
-          Buffers buffers = fallback_buffers(sizes, source_alignment, output_alignment);
-          EXPECT_EQ(raw_entry(format, variant)(ctx, buffers.source.data(), buffers.output.data(),
-                                               width, height),
-                    0);
-          expect_fallback(buffers, sizes);
-          EXPECT_EQ(look(), before) << "the fallback touched the context";
-        }
+  constexpr FrameSize frames[] = {{128, 24}, {130, 13}, {7, 3}, {1, 1}};
+  struct Alignments {
+    unsigned source, output;
+  };
+  constexpr Alignments alignments[] = {{4, 0}, {0, 4}, {1, 8}};
+  for (const auto &[frame, format, variant, alignment] :
+       combinations(frames, all_formats, all_variants, alignments)) {
+    SCOPED_TRACE(testing::Message() << name_of(format) << " " << name_of(variant) << " "
+                                    << frame.width << " by " << frame.height);
+    const FallbackSizes sizes = fallback_sizes(format, variant, frame.width * frame.height);
+    Buffers buffers = fallback_buffers(sizes, alignment.source, alignment.output);
+    EXPECT_EQ(raw_entry(format, variant)(ctx, buffers.source.data(), buffers.output.data(),
+                                         frame.width, frame.height),
+              0);
+    expect_fallback(buffers, sizes);
+    EXPECT_EQ(look(), before) << "the fallback touched the context";
+  }
 }
 
 TEST_F(RawEntryTest, FallbackOfDeci21HoldsTheFirstQuarterUnscaled) {
@@ -252,11 +255,7 @@ TEST_F(RawEntryTest, EveryEntrySetsItsDecimationAndStride) {
       GuardedBuffer source(size_t{128} * 24 * 4, Placement::ends_at_guard);
       GuardedBuffer output(size_t{256} * 48 * 4 + 4096, Placement::ends_at_guard);
       raw_entry(format, variant)(ctx, source.data(), output.data(), 128, 24);
-      const int32_t expected = variant == Variant::deci_2_1          ? 1
-                               : variant == Variant::intp_1_2        ? -1
-                               : variant == Variant::intp_1_2_stride ? -1
-                                                                     : 0;
-      EXPECT_EQ(ppl_decimation(ctx), expected);
+      EXPECT_EQ(ppl_decimation(ctx), decimation_of(variant));
       EXPECT_EQ(ctx->frame_stride, static_cast<int32_t>(128 * stride_factor(variant)));
       // The refused minus 2 leaves the black lines alone, all others set none.
       const bool refused = variant == Variant::intp_1_4_stride;
@@ -278,35 +277,28 @@ TEST_F(RawEntryTest, EightByteAlignedBuffersAreProcessed) {
 
 TEST_F(RawEntryTest, WorksAtEveryStackAlignment) {
 #if PPL_TEST_HAS_STACK_OFFSETS
-  for (const Tier tier : both_tiers) {
+  for (const auto &[tier, format, variant] : combinations(both_tiers, all_formats, all_variants)) {
     if (!use_tier(tier)) continue;
-    for (const Format format : all_formats)
-      for (const Variant variant : all_variants) {
-        const uint32_t stride = 128 * stride_factor(variant);
-        const int32_t d = variant == Variant::deci_2_1                                          ? 1
-                          : variant == Variant::intp_1_2 || variant == Variant::intp_1_2_stride ? -1
-                                                                                                : 0;
-        ASSERT_EQ(ppl_set_decimation(ctx, d, 0, 0), 1);
-        ASSERT_EQ(ppl_new_frame_size(ctx, 128, 24, stride), 1);
-        std::vector<uint8_t> first;
-        for (uint32_t offset = 0; offset < 16; offset += 4) {
-          SCOPED_TRACE(std::string(name_of(tier)) + " " + name_of(format) + " " + name_of(variant) +
-                       " stack offset " + std::to_string(offset));
-          GuardedBuffer source(size_t{stride} * 24, Placement::ends_at_guard);
-          GuardedBuffer output(picture_bytes(format, 256, 48), Placement::ends_at_guard);
-          for (size_t i = 0; i < source.size(); ++i) source[i] = static_cast<uint8_t>(i * 11);
-          EXPECT_EQ(call_with_stack_offset(offset, raw_entry(format, variant), ctx, source.data(),
-                                           output.data(), 128u, 24u),
-                    1);
-          EXPECT_TRUE(x87_is_clean());
-          if (offset == 0)
-            first.assign(output.begin(), output.end());
-          else
-            EXPECT_TRUE(std::equal(first.begin(), first.end(), output.begin()));
-        }
-      }
+    const uint32_t stride = 128 * stride_factor(variant);
+    ASSERT_EQ(ppl_set_decimation(ctx, decimation_of(variant), 0, 0), 1);
+    ASSERT_EQ(ppl_new_frame_size(ctx, 128, 24, stride), 1);
+    std::vector<uint8_t> first;
+    for (uint32_t offset = 0; offset < 16; offset += 4) {
+      SCOPED_TRACE(testing::Message() << name_of(tier) << " " << name_of(format) << " "
+                                      << name_of(variant) << " stack offset " << offset);
+      GuardedBuffer source(size_t{stride} * 24, Placement::ends_at_guard);
+      GuardedBuffer output(picture_bytes(format, 256, 48), Placement::ends_at_guard);
+      for (size_t i = 0; i < source.size(); ++i) source[i] = static_cast<uint8_t>(i * 11);
+      EXPECT_EQ(call_with_stack_offset(offset, raw_entry(format, variant), ctx, source.data(),
+                                       output.data(), 128u, 24u),
+                1);
+      EXPECT_TRUE(x87_is_clean());
+      if (offset == 0) first.assign(output.begin(), output.end());
+      EXPECT_TRUE(std::equal(first.begin(), first.end(), output.begin()));
+    }
   }
 #else
+
   GTEST_SKIP() << "only 32-bit callers may misalign the stack";
 #endif
 }

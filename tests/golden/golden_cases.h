@@ -5,11 +5,12 @@
 #include <stdint.h>
 
 #include "ppl.h"
+#include "support/tier.h"
 
 namespace golden {
 
 enum class Format : uint8_t { i420, yuyv, uyvy, rgb24, rgb32 };
-enum class Tier : uint8_t { p3, sse2 };
+using ppl_test::Tier;
 
 // Controls that are set before the frames, as one group.
 enum class Controls : uint8_t {

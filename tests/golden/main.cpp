@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "golden/golden_text.h"
-#include "platform/test_hooks.h"
+#include "support/machine.h"
 #include "support/x87.h"
 
 using golden::Line;
@@ -40,7 +40,6 @@ int main(int argc, char **argv) {
 
   std::map<std::string, std::string> reviewed;
   for (const Line &line : golden::read_lines(path)) reviewed[line.description] = line.sums;
-  const bool has_sse2 = (ppl::test_hooks::processor_flags() & (1u << 26)) != 0;
 
   // Static storage is zero and aligned as the widest vectors want it.
   alignas(64) static uint8_t source[golden::largest_source_bytes];
@@ -50,7 +49,7 @@ int main(int argc, char **argv) {
   unsigned failures = 0, skipped = 0;
   for (const golden::Case &c : golden::cases) {
     const std::string description = golden::describe(c);
-    if (c.tier == golden::Tier::sse2 && !has_sse2) {
+    if (!ppl_test::has_tier(c.tier)) {
       ++skipped;
       continue;
     }
@@ -91,7 +90,7 @@ int main(int argc, char **argv) {
     }
     reviewed.erase(description);
   }
-  if (skipped != 0) printf("[  SKIPPED ] %u cases: no SSE2 tier on this processor\n", skipped);
+  if (skipped != 0) printf("[  SKIPPED ] %u cases: their tier is not on this processor\n", skipped);
   if (!update && skipped == 0)
     for (const auto &[description, sums] : reviewed) {
       printf("FAILED %s: in the file, but no such case\n", description.c_str());

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "frame/context.h"
 #include "support/raw_frame.h"
+#include "support/tier_state.h"
 
 namespace ppl_test {
 namespace {
@@ -136,9 +136,8 @@ TEST_P(Mono, GathersWholeFrameMeansAlone) {
   EXPECT_EQ(ppl_qual_rgb_means_whole_frame(ctx)->g, 0u);
   for (int i = 0; i < 256; ++i) ASSERT_EQ(ppl_g_histogram(ctx)[i], 0u);
   // The copy of the left neighbour goes on.
-  const uint8_t *kept = GetParam() == Tier::p3 ? ctx->p3_params.stat_group_copy[0].lane
-                                               : ctx->sse2_params.stat_group_copy[0].lane;
-  EXPECT_TRUE(all_equal(kept, block(), 50));
+  for (const auto &line : tier_state(ctx, GetParam()).memory.stat_group_copy)
+    EXPECT_TRUE(all_equal(line, block(), 50));
 }
 
 // ---- Scaling

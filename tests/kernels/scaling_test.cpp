@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "kernels/neutral_picture.h"
+#include "support/combinations.h"
 #include "support/raw_frame.h"
 
 namespace ppl_test {
@@ -87,28 +88,33 @@ class Scaling : public RawFrameTierTest {
 };
 INSTANTIATE_TEST_SUITE_P(Tiers, Scaling, ::testing::ValuesIn(both_tiers), tier_name);
 
-constexpr std::array<std::pair<bool, bool>, 4> all_mirrors = {
+struct Mirrors {
+  bool h, v;
+};
+constexpr std::array<Mirrors, 4> all_mirrors = {
     {{false, false}, {true, false}, {false, true}, {true, true}}};
 
 // ---- 2:1 down
 
 TEST_P(Scaling, HalfTakesTheBPixelOfEveryCellInLuma) {
-  for (const auto &[width, height] : {std::pair{160u, 24u}, {132u, 22u}, {128u, 26u}, {1280u, 20u}})
-    for (const auto &[h, v] : all_mirrors)
-      for (const Format format : {Format::i420, Format::yuyv, Format::uyvy}) {
-        SCOPED_TRACE(std::string(name_of(format)) + " " + std::to_string(width) + (h ? " h" : "") +
-                     (v ? " v" : ""));
-        set_mirrors(h, v);
-        const Mosaic frame = textured_mosaic(width, height);
-        const NeutralPicture neutral{frame};
-        const Picture picture = run_at(1, format, frame);
-        ASSERT_EQ(picture.result, 1);
-        for (size_t j = 0; j < height / 2; ++j)
-          for (size_t i = 0; i < width / 2; ++i)
-            ASSERT_EQ(picture.y(mirrored(h, i, width / 2), mirrored(v, j, height / 2)),
-                      neutral.y(2 * i, 2 * j))
-                << i << ", " << j;
-      }
+  constexpr FrameSize sizes[] = {{160, 24}, {132, 22}, {128, 26}, {1280, 20}};
+  for (const auto &[size, mirrors, format] :
+       combinations(sizes, all_mirrors, std::array{Format::i420, Format::yuyv, Format::uyvy})) {
+    const auto [h, v] = mirrors;
+    SCOPED_TRACE(std::string(name_of(format)) + " " + std::to_string(size.width) + (h ? " h" : "") +
+                 (v ? " v" : ""));
+    set_mirrors(h, v);
+    const Mosaic frame = textured_mosaic(size.width, size.height);
+    const NeutralPicture neutral{frame};
+    const Picture picture = run_at(1, format, frame);
+    ASSERT_EQ(picture.result, 1);
+    const size_t lines = size.height / 2, columns = size.width / 2;
+    for (size_t j = 0; j < lines; ++j)
+      for (size_t i = 0; i < columns; ++i)
+        ASSERT_EQ(picture.y(mirrored(h, i, columns), mirrored(v, j, lines)),
+                  neutral.y(2 * i, 2 * j))
+            << i << ", " << j;
+  }
 }
 
 TEST_P(Scaling, HalfTakesEveryFourthCellsChromaInI420) {
@@ -141,22 +147,42 @@ TEST_P(Scaling, HalfKeepsChromaOnEveryLineInPackedFormats) {
     }
 }
 
-TEST_P(Scaling, HalfTakesTheBPixelOfEveryCellInRgb) {
-  for (const auto &[width, height] : {std::pair{160u, 24u}, {130u, 22u}, {134u, 26u}})
-    for (const auto &[h, v] : all_mirrors)
-      for (const Format format : {Format::rgb24, Format::rgb32}) {
-        SCOPED_TRACE(std::string(name_of(format)) + " " + std::to_string(width) + (h ? " h" : "") +
-                     (v ? " v" : ""));
-        set_mirrors(h, v);
-        const Mosaic frame = textured_mosaic(width, height);
-        const NeutralPicture neutral{frame};
-        const Picture picture = run_at(1, format, frame);
-        for (size_t j = 0; j < height / 2; ++j)
-          for (size_t i = 0; i < width / 2; ++i)
-            ASSERT_EQ(picture.pixel(mirrored(h, i, width / 2), mirrored(v, j, height / 2)),
-                      neutral.pixel(2 * i, 2 * j))
-                << i << ", " << j;
+TEST_P(Scaling, HalfOfAnOddNumberOfCellsLeavesTheLastPixelWithOneChromaByte) {
+  // 65 pixels a line. The last one has a U alone; mirrored, it is the first one and has a V.
+  const Mosaic frame = textured_mosaic(130, 22);
+  const NeutralPicture neutral{frame};
+  for (const Format format : {Format::yuyv, Format::uyvy})
+    for (const bool h : {false, true}) {
+      set_mirrors(h, false);
+      const Picture picture = run_at(1, format, frame);
+      const size_t luma = format == Format::yuyv ? 0 : 1;
+      for (size_t j = 0; j < 11; ++j) {
+        const uint8_t *const lone = &picture.bytes[2 * (65 * j + (h ? 0 : 64))];
+        ASSERT_EQ(lone[luma], neutral.y(128, 2 * j)) << name_of(format) << ", line " << j;
+        ASSERT_EQ(lone[1 - luma], h ? neutral.v(64, j) : neutral.u(64, j))
+            << name_of(format) << ", line " << j;
       }
+    }
+}
+
+TEST_P(Scaling, HalfTakesTheBPixelOfEveryCellInRgb) {
+  constexpr FrameSize sizes[] = {{160, 24}, {130, 22}, {134, 26}};
+  for (const auto &[size, mirrors, format] :
+       combinations(sizes, all_mirrors, std::array{Format::rgb24, Format::rgb32})) {
+    const auto [h, v] = mirrors;
+    SCOPED_TRACE(std::string(name_of(format)) + " " + std::to_string(size.width) + (h ? " h" : "") +
+                 (v ? " v" : ""));
+    set_mirrors(h, v);
+    const Mosaic frame = textured_mosaic(size.width, size.height);
+    const NeutralPicture neutral{frame};
+    const Picture picture = run_at(1, format, frame);
+    const size_t lines = size.height / 2, columns = size.width / 2;
+    for (size_t j = 0; j < lines; ++j)
+      for (size_t i = 0; i < columns; ++i)
+        ASSERT_EQ(picture.pixel(mirrored(h, i, columns), mirrored(v, j, lines)),
+                  neutral.pixel(2 * i, 2 * j))
+            << i << ", " << j;
+  }
 }
 
 TEST_P(Scaling, HalfConsumesTheWholeFrame) {
@@ -307,6 +333,27 @@ TEST_P(Scaling, DoubledYuyvHasSourceLumaOnEvenLinesAndChromaInGroupsOfFour) {
         ASSERT_EQ(picture.v(ok, oy), expected_v[k]) << k << ", " << line;
       }
     }
+  }
+}
+
+TEST_P(Scaling, DoubledPackedLinesBetweenSourceLinesAreAverages) {
+  for (const Format format : {Format::yuyv, Format::uyvy}) {
+    const Picture picture = run_at(-1, format, textured_mosaic(144, 22));
+    for (size_t line = 1; line < 43; line += 2)
+      for (size_t x = 0; x < 288; ++x)
+        ASSERT_EQ(picture.y(x, line), average(picture.y(x, line - 1), picture.y(x, line + 1)))
+            << x << ", " << line;
+    for (size_t x = 0; x < 288; ++x) ASSERT_EQ(picture.y(x, 43), picture.y(x, 42)) << x;
+  }
+}
+
+TEST_P(Scaling, DoubledUyvyIsDoubledYuyvWithTheBytesOfItsPairsSwapped) {
+  const Mosaic frame = textured_mosaic(144, 22);
+  for (const auto &[h, v] : all_mirrors) {
+    set_mirrors(h, v);
+    const Picture yuyv = run_at(-1, Format::yuyv, frame);
+    const Picture uyvy = run_at(-1, Format::uyvy, frame);
+    for (size_t i = 0; i < yuyv.bytes.size(); ++i) ASSERT_EQ(uyvy.bytes[i ^ 1], yuyv.bytes[i]) << i;
   }
 }
 

@@ -3,7 +3,6 @@
 
 #include <array>
 
-#include "frame/context.h"
 #include "kernels/neutral_picture.h"
 #include "support/random.h"
 #include "support/raw_frame.h"

@@ -1,11 +1,13 @@
 // What the single passes gather on their way, and what becomes of it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <map>
 #include <vector>
 
-#include "frame/context.h"
 #include "support/raw_frame.h"
+#include "support/tier_state.h"
 
 namespace ppl_test {
 namespace {
@@ -15,6 +17,17 @@ class Statistics : public RawFrameTierTest {
   void SetUp() override {
     RawFrameTierTest::SetUp();
     if (!IsSkipped()) make_colour_neutral();
+  }
+
+  // Both lines of the group that a tier saved last.
+  using Group = std::vector<uint8_t>;
+  std::array<Group, 2> saved_group(Tier tier) {
+    const auto &lines = tier_state(ctx, tier).memory.stat_group_copy;
+    const size_t columns = tier == Tier::p3 ? 8 : 16;
+    return {Group(lines[0], lines[0] + columns), Group(lines[1], lines[1] + columns)};
+  }
+  void expect_saved(Tier tier, uint8_t level) {
+    for (const Group &line : saved_group(tier)) EXPECT_EQ(line, Group(line.size(), level));
   }
 
   // Cells that a sampled vector joins, and so the weight of a histogram entry.
@@ -66,8 +79,7 @@ TEST_P(Statistics, WithoutCollectionNothingIsGathered) {
       EXPECT_EQ(ppl_n_qAE_2x2_whole_frame(ctx), 0u);
       EXPECT_EQ(ppl_n_qual_2x2_whole_frame(ctx), 0u);
     }
-  EXPECT_TRUE(all_equal(ctx->p3_params.stat_group_copy[0].lane, 16, 0)) << "nothing was saved";
-  EXPECT_TRUE(all_equal(ctx->sse2_params.stat_group_copy[0].lane, 32, 0));
+  for (const Tier tier : both_tiers) expect_saved(tier, 0);
 }
 
 TEST_P(Statistics, AnyCollectionFlagButZeroIsSet) {
@@ -305,27 +317,22 @@ TEST_P(Statistics, TheGroupLeftOfASampledOneIsKeptAfterBlack) {
   const Mosaic frame = textured_mosaic(width, height);
   run(Format::i420, frame);
   // The last group saved is the next-to-last of line pair 9.
-  const uint32_t group = GetParam() == Tier::p3 ? 8 : 16;
-  const uint32_t left = width - 2 * group;
-  for (uint32_t line = 0; line < 2; ++line)
-    for (uint32_t i = 0; i < group; ++i) {
-      const int black = line == 0 ? 1 + static_cast<int>(i % 2) : 3 + static_cast<int>(i % 2);
-      const int expected = std::max(0, frame.at(left + i, 18 + line) - black);
-      const uint8_t actual = GetParam() == Tier::p3
-                                 ? ctx->p3_params.stat_group_copy[line].lane[i]
-                                 : ctx->sse2_params.stat_group_copy[line].lane[i];
-      ASSERT_EQ(actual, expected) << line << ", " << i;
+  const std::array<Group, 2> saved = saved_group(GetParam());
+  const size_t left = width - 2 * saved[0].size();
+  for (size_t line = 0; line < 2; ++line) {
+    for (size_t i = 0; i < saved[line].size(); ++i) {
+      const int black = static_cast<int>(2 * line + 1 + i % 2);
+      ASSERT_EQ(saved[line][i], std::max(0, frame.at(left + i, 18 + line) - black))
+          << line << ", " << i;
     }
+  }
 }
 
 TEST_P(Statistics, EachTierKeepsAGroupOfItsOwn) {
   run(Format::i420, flat_mosaic(width, height, 77));
-  if (GetParam() == Tier::p3) {
-    EXPECT_TRUE(all_equal(ctx->p3_params.stat_group_copy[0].lane, 16, 77));
-    EXPECT_TRUE(all_equal(ctx->sse2_params.stat_group_copy[0].lane, 32, 0));
-  } else {
-    EXPECT_TRUE(all_equal(ctx->p3_params.stat_group_copy[0].lane, 16, 0));
-    EXPECT_TRUE(all_equal(ctx->sse2_params.stat_group_copy[0].lane, 32, 77));
+  for (const Tier tier : both_tiers) expect_saved(tier, tier == GetParam() ? 77 : 0);
+  for (const auto &line : tier_state(ctx, Tier::p3).memory.stat_group_copy) {
+    EXPECT_TRUE(all_equal(line + 8, sizeof line - 8, 0)) << "a group of 8 columns";
   }
 }
 
@@ -333,9 +340,7 @@ TEST_P(Statistics, TheKeptGroupOutlivesTheFrame) {
   run(Format::i420, flat_mosaic(width, height, 77));
   ppl_set_mean_collection(ctx, 0);
   run(Format::i420, flat_mosaic(width, height, 88));
-  const uint8_t *kept = GetParam() == Tier::p3 ? ctx->p3_params.stat_group_copy[0].lane
-                                               : ctx->sse2_params.stat_group_copy[0].lane;
-  EXPECT_EQ(kept[0], 77);
+  expect_saved(GetParam(), 77);
 }
 
 // ---- Which passes gather
@@ -349,8 +354,7 @@ TEST_P(Statistics, PackedPassesAtDecimation1GatherNothing) {
     expect_triple(ppl_qAE_rgb_means_whole_frame(ctx), 0, 0, 0);
     EXPECT_EQ(ppl_n_qual_2x2_whole_frame(ctx), 0u);
     EXPECT_TRUE(bins(ppl_r_histogram(ctx)).empty());
-    EXPECT_TRUE(all_equal(ctx->p3_params.stat_group_copy[0].lane, 16, 0));
-    EXPECT_TRUE(all_equal(ctx->sse2_params.stat_group_copy[0].lane, 32, 0));
+    for (const Tier tier : both_tiers) expect_saved(tier, 0);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kernels/neutral_picture.h"
+#include "support/combinations.h"
 #include "support/raw_frame.h"
 
 namespace ppl_test {
@@ -14,7 +15,7 @@ class Tiers : public RawFrameTest {
  protected:
   void SetUp() override {
     RawFrameTest::SetUp();
-    if (!has_sse2_tier()) GTEST_SKIP() << "no SSE2 tier on this processor";
+    if (!has_tier(Tier::sse2)) GTEST_SKIP() << "no SSE2 tier on this processor";
   }
   Picture run_on(Tier tier, Format format, const Mosaic &frame, int32_t decimation = 0) {
     use_tier(tier);
@@ -54,13 +55,12 @@ TEST_F(Tiers, MirroredPicturesAreEqual) {
 }
 
 TEST_F(Tiers, HalvedAndDoubledPicturesAreEqual) {
-  for (const Format format : all_formats)
-    for (const int32_t decimation : {1, -1})
-      for (const uint32_t width : {128u, 132u, 144u, 168u, 200u})
-        for (const uint32_t height : {22u, 24u}) {
-          ppl_set_mean_collection(ctx, format != Format::rgb24);
-          expect_equal_pictures(format, textured_mosaic(width, height), decimation);
-        }
+  for (const auto &[format, decimation, width, height] :
+       combinations(all_formats, std::array{1, -1}, std::array{128u, 132u, 144u, 168u, 200u},
+                    std::array{22u, 24u})) {
+    ppl_set_mean_collection(ctx, format != Format::rgb24);
+    expect_equal_pictures(format, textured_mosaic(width, height), decimation);
+  }
 }
 
 TEST_F(Tiers, MonochromePicturesAreEqualButForDoubling) {

@@ -22,7 +22,7 @@ class ChainFrame {
   ChainFrame(PplContext *ctx, Tier tier, uint8_t *src)
       : ctx_(ctx),
         state_(ctx->tier(tier)),
-        params_(state_.params),
+        params_(ctx->params),
         tier_(tier),
         B_(block_width(tier)),
         stages_(stages_of(ctx->quality)),
@@ -33,7 +33,7 @@ class ChainFrame {
 
   void consume_frame() {
     const StageLines lines = lines_of(stages_.leads.front_end, LineStep::frame_stride);
-    const FrontEnd front_end = run_chain_front_end(ctx_, tier_, lines);
+    const FrontEnd front_end = run_chain_front_end(ctx_, lines);
     if (ctx_->mean_collection != 0)
       gather_chain(ctx_, tier_, front_end, stages_.gathering,
                    filter_ ? *stages_.sampled_with_filter : stages_.sampled);
@@ -114,7 +114,7 @@ class ChainFrame {
 
   PplContext *ctx_;
   TierState &state_;
-  const DerivedBlock &params_;
+  const Parameters &params_;
   Tier tier_;
   int B_;
   const ChainStages &stages_;

@@ -14,12 +14,11 @@ int8_t saturate_to_signed_byte(int value) {
 
 int saturate_to_word(int value) { return std::clamp(value, -32768, 32767); }
 
-// 0 for grey. Pairs of a saturating add and subtract hold it at the bound.
-int chroma_index(const DerivedBlock &params, const Rgb &pixel) {
+// 0 for grey, held at the bound, which is unsigned.
+int chroma_index(const Parameters &params, const Rgb &pixel) {
   const int sum =
       std::abs(pixel.R - pixel.G) + std::abs(pixel.G - pixel.B) + std::abs(pixel.B - pixel.R);
-  const int mask = static_cast<uint16_t>(params.index_mask_vec[0]);
-  return std::min(sum >> 2, 65535 - mask);
+  return std::min<int>(sum >> 2, static_cast<uint16_t>(params.index_bound_vec));
 }
 
 // A coefficient moves from its base along its slope; the product wraps in 16 bits, the shift is
@@ -30,8 +29,8 @@ struct MovingMatrix {
 
   int coefficient(size_t i, int index) const {
     const int rounding = 1 << (shift - 1);
-    const int moved = wrap16(int64_t{index} * slope[i][0] + rounding) >> shift;
-    return wrap16(int64_t{moved} + base[i][0]);
+    const int moved = wrap16(int64_t{index} * slope[i] + rounding) >> shift;
+    return wrap16(int64_t{moved} + base[i]);
   }
 
   // Q6, all sums in 16 bits.
@@ -85,23 +84,23 @@ Rgb rgb_of(int y, int u, int v) {
 
 }  // namespace
 
-Yuv studio_yuv(const DerivedBlock &params, const Rgb &pixel) {
+Yuv studio_yuv(const Parameters &params, const Rgb &pixel) {
   const MovingMatrix matrix{params.studio_slope_vec, params.studio_base0_vec, 8};
   const int index = chroma_index(params, pixel);
-  return {studio_luma(matrix.row(0, index, pixel, params.offset_studio_vec[0])),
+  return {studio_luma(matrix.row(0, index, pixel, params.offset_studio_vec)),
           saturate_to_signed_byte(matrix.row(1, index, pixel, chroma_rounding)),
           saturate_to_signed_byte(matrix.row(2, index, pixel, chroma_rounding))};
 }
 
-YuvImage studio_yuv(const DerivedBlock &params, const RgbImage &image) {
+YuvImage studio_yuv(const Parameters &params, const RgbImage &image) {
   return convert(image, [&](const Rgb &pixel) { return studio_yuv(params, pixel); });
 }
 
-YuvImage full_range_yuv(const DerivedBlock &params, const RgbImage &image) {
+YuvImage full_range_yuv(const Parameters &params, const RgbImage &image) {
   const MovingMatrix matrix{params.full_slope_vec, params.full_base0_vec, 8};
   return convert(image, [&](const Rgb &pixel) {
     const int index = chroma_index(params, pixel);
-    return Yuv{clamp_to_byte(matrix.row(0, index, pixel, params.offset_full_vec[0])),
+    return Yuv{clamp_to_byte(matrix.row(0, index, pixel, params.offset_full_vec)),
                saturate_to_signed_byte(matrix.row(1, index, pixel, chroma_rounding)),
                saturate_to_signed_byte(matrix.row(2, index, pixel, chroma_rounding))};
   });
@@ -113,9 +112,9 @@ ColourPlanes rgb_of_full_range(const YuvImage &image) {
   });
 }
 
-ColourPlanes adaptive_rgb(const DerivedBlock &params, const RgbImage &image) {
+ColourPlanes adaptive_rgb(const Parameters &params, const RgbImage &image) {
   const MovingMatrix matrix{params.rgb_slope_vec, params.rgb_base0_vec, 5};
-  const int rounding = params.offset_rgb_vec[0];
+  const int rounding = params.offset_rgb_vec;
   return rgb_planes_from(image.width(), image.height(), [&](int y, int x) {
     const Rgb &pixel = image.at(y, x);
     const int index = chroma_index(params, pixel);

@@ -22,16 +22,16 @@ struct Yuv {
 };
 
 // Luma in 16..235.
-Yuv studio_yuv(const DerivedBlock &params, const Rgb &pixel);
-YuvImage studio_yuv(const DerivedBlock &params, const RgbImage &image);
+Yuv studio_yuv(const Parameters &params, const Rgb &pixel);
+YuvImage studio_yuv(const Parameters &params, const RgbImage &image);
 
 // Luma in 0..255, for RGB output that is enhanced on the way.
-YuvImage full_range_yuv(const DerivedBlock &params, const RgbImage &image);
+YuvImage full_range_yuv(const Parameters &params, const RgbImage &image);
 // Its way back; planes r, g and b.
 ColourPlanes rgb_of_full_range(const YuvImage &image);
 
 // Straight to RGB; planes r, g and b.
-ColourPlanes adaptive_rgb(const DerivedBlock &params, const RgbImage &image);
+ColourPlanes adaptive_rgb(const Parameters &params, const RgbImage &image);
 
 // Chroma of quality 14: the sum of nine, times 28 / 256. The first and the last block column and
 // line pair 0 pass as they are.

@@ -9,17 +9,17 @@ namespace ppl_model {
 namespace {
 
 // The pixel and its detail, if `measure` lies inside the band; Q6, the product wraps in 16 bits.
-uint8_t amplified(const DerivedBlock &params, int pixel, int detail, int measure) {
-  if (measure <= params.edge_threshold_vec[0] || params.edge_threshold2_vec[0] <= measure)
+uint8_t amplified(const Parameters &params, int pixel, int detail, int measure) {
+  if (measure <= params.edge_threshold_vec || params.edge_threshold2_vec <= measure)
     return static_cast<uint8_t>(pixel);
-  const int step = wrap16(int64_t{detail} * params.edge_enhance_factor_vec[0]) >> 6;
+  const int step = wrap16(int64_t{detail} * params.edge_enhance_factor_vec) >> 6;
   return clamp_to_byte(pixel + step);
 }
 
 //  a b c
 //  d e f
 //  g h i
-uint8_t gradient_form(const DerivedBlock &params, const Plane &plane, int y, int x) {
+uint8_t gradient_form(const Parameters &params, const Plane &plane, int y, int x) {
   const auto sample = [&](int dy, int dx) -> int {
     return plane.at(reflect(y + dy, plane.height()), reflect(x + dx, plane.width()));
   };
@@ -34,14 +34,14 @@ uint8_t gradient_form(const DerivedBlock &params, const Plane &plane, int y, int
 
 }  // namespace
 
-Plane enhance_by_gradient(const DerivedBlock &params, const Plane &luma) {
+Plane enhance_by_gradient(const Parameters &params, const Plane &luma) {
   Plane result(luma.width(), luma.height());
   for (int y = 0; y < luma.height(); ++y)
     for (int x = 0; x < luma.width(); ++x) result.at(y, x) = gradient_form(params, luma, y, x);
   return result;
 }
 
-YuvImage enhance_in_place(const DerivedBlock &params, const Plane &samples, int B) {
+YuvImage enhance_in_place(const Parameters &params, const Plane &samples, int B) {
   const int width = samples.width();
   Plane mixed = samples;  // grey samples, and finished luma where a block is done
   YuvImage result(width, samples.height());
@@ -68,7 +68,7 @@ YuvImage enhance_in_place(const DerivedBlock &params, const Plane &samples, int 
   return result;
 }
 
-Plane enhance_by_laplacian(const DerivedBlock &params, const Plane &luma, int B) {
+Plane enhance_by_laplacian(const Parameters &params, const Plane &luma, int B) {
   const int width = luma.width();
   const int height = luma.height();
   Plane result(width, height);

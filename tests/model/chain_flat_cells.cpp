@@ -77,11 +77,11 @@ Rgb cell_colour(FlatCells cells, const StageLines &frame, int r, int x) {
 
 }  // namespace
 
-void smooth_flat_cells(const DerivedBlock &params, FlatCells cells, const FlatCellLines &frame,
-                       int B, RgbImage &image, FlatCellScratch &scratch) {
+void smooth_flat_cells(const Parameters &params, FlatCells cells, const FlatCellLines &frame, int B,
+                       RgbImage &image, FlatCellScratch &scratch) {
   const bool odd = cells == FlatCells::odd_lines;
   const Comparisons &comparisons = odd ? odd_line_comparisons : even_line_comparisons;
-  const int threshold = params.CFA_T0_vec[0];
+  const int threshold = params.CFA_T0_vec;
   // Whole blocks: at a width that is no multiple of the block the last one goes on over reflected
   // samples, for the lanes that it leaves behind.
   const int blocks_width = (image.width() + B - 1) / B * B;

@@ -13,8 +13,8 @@ struct FlatCellLines {
 };
 
 // Cells on odd_lines or even_lines. The last block of the last cell row stays in the scratch.
-void smooth_flat_cells(const DerivedBlock &params, FlatCells cells, const FlatCellLines &frame,
-                       int B, RgbImage &image, FlatCellScratch &scratch);
+void smooth_flat_cells(const Parameters &params, FlatCells cells, const FlatCellLines &frame, int B,
+                       RgbImage &image, FlatCellScratch &scratch);
 
 // Every pixel whose lane is set in the scratch takes the colour that was left there.
 void apply_left_over_cells(const FlatCellScratch &scratch, int B, RgbImage &image);

@@ -22,9 +22,8 @@ int StageLines::at(int line, int dy, int column) const {
   return src_[offset(pair, 4 * pair - wanted) + x];
 }
 
-FrontEnd run_chain_front_end(const PplContext *ctx, Tier tier, const StageLines &lines) {
-  return run_front_end(ctx, tier, ctx->rgb_gamma_table,
-                       [&](int line) { return lines.start(line); });
+FrontEnd run_chain_front_end(const PplContext *ctx, const StageLines &lines) {
+  return run_front_end(ctx, ctx->rgb_gamma_table, [&](int line) { return lines.start(line); });
 }
 
 }  // namespace ppl_model

@@ -39,6 +39,6 @@ class StageLines {
 };
 
 // The front end of a chain: the one table of all chains, in place.
-FrontEnd run_chain_front_end(const PplContext *ctx, Tier tier, const StageLines &lines);
+FrontEnd run_chain_front_end(const PplContext *ctx, const StageLines &lines);
 
 }  // namespace ppl_model

@@ -18,7 +18,7 @@ Direction along(int second_before, int before, int after, int second_after) {
   return {before + after - ((second_before + second_after) >> 1), std::abs(before - after)};
 }
 
-uint8_t green_at_colour_site(const DerivedBlock &params, const StageLines &frame, int y, int x) {
+uint8_t green_at_colour_site(const Parameters &params, const StageLines &frame, int y, int x) {
   // Above the frame this stage alone reflects about the line that it computes.
   const auto above = [&](int k) { return frame.at(y, y - k < 0 ? k : -k, x); };
   const auto below = [&](int k) { return frame.at(y, k, x); };
@@ -26,7 +26,7 @@ uint8_t green_at_colour_site(const DerivedBlock &params, const StageLines &frame
   const Direction vertical = along(above(2), above(1), below(1), below(2));
   const Direction horizontal = along(beside(-2), beside(-1), beside(1), beside(2));
 
-  const int threshold = params.CFA_T1_vec[0];
+  const int threshold = params.CFA_T1_vec;
   const int larger = std::max(vertical.gradient, horizontal.gradient);
   const int smaller = std::min(vertical.gradient, horizontal.gradient);
   int half = (vertical.estimate + horizontal.estimate) >> 2;
@@ -37,7 +37,7 @@ uint8_t green_at_colour_site(const DerivedBlock &params, const StageLines &frame
 
 }  // namespace
 
-Plane interpolate_green(const DerivedBlock &params, const StageLines &frame) {
+Plane interpolate_green(const Parameters &params, const StageLines &frame) {
   Plane green(frame.width(), frame.height());
   for (int y = 0; y < green.height(); ++y)
     for (int x = 0; x < green.width(); ++x)

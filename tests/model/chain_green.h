@@ -6,6 +6,6 @@
 namespace ppl_model {
 
 // Green at every pixel; native where the mosaic has it.
-Plane interpolate_green(const DerivedBlock &params, const StageLines &frame);
+Plane interpolate_green(const Parameters &params, const StageLines &frame);
 
 }  // namespace ppl_model

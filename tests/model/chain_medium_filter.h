@@ -8,6 +8,6 @@ namespace ppl_model {
 
 // Decides on unrepaired samples throughout. The first and the last block column and the two
 // outermost lines at the top and at the bottom stay as they are.
-Plane repair_pixels(const DerivedBlock &params, const Plane &samples, int B);
+Plane repair_pixels(const Parameters &params, const Plane &samples, int B);
 
 }  // namespace ppl_model

@@ -25,7 +25,7 @@ void gather_qualification(PplContext *ctx, Tier tier, const FrontEnd &front_end,
   const int B = block_width(tier);
   PositionSums sums;
   const auto take = [&](const Cell &cell) {
-    if (!cell_qualifies(state.params, cell)) return;
+    if (!cell_qualifies(ctx->params, cell)) return;
     sums.add(cell);
     ++ctx->n_qual_2x2_whole_frame;
   };
@@ -38,7 +38,7 @@ void gather_qualification(PplContext *ctx, Tier tier, const FrontEnd &front_end,
 // The left neighbour is read back from the frame, so it has passed the table.
 void gather_exposure(PplContext *ctx, Tier tier, const FrontEnd &front_end, int pair, int group,
                      Gathering gathering, PplTriple &window) {
-  const DerivedBlock &params = ctx->tier(tier).params;
+  const Parameters &params = ctx->params;
   const int B = block_width(tier);
   PositionSums all_cells, exposed_cells;
   const auto take = [&](const Cell &cell) {

@@ -63,8 +63,6 @@ int16_t fit(int32_t value) {
   return value > 0 ? int16_t{32767} : int16_t{-32768};
 }
 
-WordLanes broadcast(int16_t value) { return word_broadcast(value); }
-
 // Coefficient set times sensor matrix m, without rounding: Q16.
 Matrix combine(const Matrix &coefficients, const std::array<int32_t, 18> &matrices, size_t m) {
   Matrix sensor;
@@ -76,7 +74,7 @@ Matrix combine(const Matrix &coefficients, const std::array<int32_t, 18> &matric
   return result;
 }
 
-void derive_colour_matrix(const PplContext &ctx, DerivedBlock &params) {
+void derive_colour_matrix(const PplContext &ctx, Parameters &params) {
   const int32_t bound =
       ctx.sensor_matrix_index_upper_bound == 0 ? 1 : ctx.sensor_matrix_index_upper_bound;
   std::array<Matrix, 2> A, F, S;
@@ -90,10 +88,10 @@ void derive_colour_matrix(const PplContext &ctx, DerivedBlock &params) {
   const auto q12_slope = [](int16_t value) { return static_cast<int16_t>(value >> 3); };
   const auto q12_base = [](int16_t value) { return static_cast<int16_t>(value >> 4); };
   for (size_t i = 0; i < 9; ++i) {
-    const auto base_rgb = [&](size_t m) { return broadcast(fit(add32(A[m][i], 2) >> 2)); };
-    const auto base_full = [&](size_t m) { return broadcast(fit(add32(F[m][i], 512) >> 10)); };
-    const auto base_studio = [&](size_t m) { return broadcast(fit(add32(S[m][i], 512) >> 10)); };
-    const auto base_q12 = [&](size_t m) { return broadcast(q12_base(fit(add32(S[m][i], 8)))); };
+    const auto base_rgb = [&](size_t m) { return fit(add32(A[m][i], 2) >> 2); };
+    const auto base_full = [&](size_t m) { return fit(add32(F[m][i], 512) >> 10); };
+    const auto base_studio = [&](size_t m) { return fit(add32(S[m][i], 512) >> 10); };
+    const auto base_q12 = [&](size_t m) { return q12_base(fit(add32(S[m][i], 8))); };
     params.rgb_base0_vec[i] = base_rgb(0);
     params.rgb_base1_vec[i] = base_rgb(1);
     params.full_base0_vec[i] = base_full(0);
@@ -106,15 +104,15 @@ void derive_colour_matrix(const PplContext &ctx, DerivedBlock &params) {
     const int32_t slope_A = div32(mul32(sub32(A[1][i], A[0][i]), 8), bound);
     const int32_t slope_F = div32(sub32(F[1][i], F[0][i]), bound);
     const int32_t slope_S = div32(sub32(S[1][i], S[0][i]), bound);
-    params.rgb_slope_vec[i] = broadcast(fit(slope_A));
-    params.full_slope_vec[i] = broadcast(fit(add32(slope_F, 2) >> 2));
-    params.studio_slope_vec[i] = broadcast(fit(add32(slope_S, 2) >> 2));
-    params.studio_slope_q12_vec[i] = broadcast(q12_slope(fit(add32(slope_S, 4))));
+    params.rgb_slope_vec[i] = fit(slope_A);
+    params.full_slope_vec[i] = fit(add32(slope_F, 2) >> 2);
+    params.studio_slope_vec[i] = fit(add32(slope_S, 2) >> 2);
+    params.studio_slope_q12_vec[i] = q12_slope(fit(add32(slope_S, 4)));
   }
 
-  params.index_mask_vec = word_broadcast(~bound);
+  params.index_bound_vec = wrap16(bound);
   // Q8 becomes Q6, plus the half of the final shift by 6.
-  const auto offset = [](int32_t value) { return word_broadcast(add32(add32(value, 2) >> 2, 32)); };
+  const auto offset = [](int32_t value) { return wrap16(add32(add32(value, 2) >> 2, 32)); };
   params.offset_studio_vec = offset(ctx.plain.offset_yuv_studio);
   params.offset_full_vec = offset(ctx.plain.offset_yuv_full);
   params.offset_rgb_vec = offset(ctx.plain.offset_rgb);
@@ -123,7 +121,7 @@ void derive_colour_matrix(const PplContext &ctx, DerivedBlock &params) {
 }  // namespace
 
 uint8_t refresh_colour_matrix(PplContext *ctx) {
-  return refresh_each_tier(ctx, [ctx](DerivedBlock &params) {
+  return refresh(ctx, [ctx](Parameters &params) {
     derive_colour_matrix(*ctx, params);
     return true;
   });

@@ -4,7 +4,7 @@
 
 namespace ppl_model {
 
-// Derives the colour matrix block of each tier from the sensor matrices and the coefficient sets.
+// Derives the colour matrices from the sensor matrices and the coefficient sets.
 uint8_t refresh_colour_matrix(PplContext *ctx);
 
 }  // namespace ppl_model

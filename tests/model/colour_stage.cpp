@@ -19,7 +19,7 @@ int green_at(const Cell &cell, int line, int column) {
 }  // namespace
 
 int matrix_row(const WordMatrix &matrix, size_t row, int R, int G, int B, int rounding) {
-  const int sum = matrix[3 * row][0] * R + matrix[3 * row + 1][0] * G + matrix[3 * row + 2][0] * B;
+  const int sum = matrix[3 * row] * R + matrix[3 * row + 1] * G + matrix[3 * row + 2] * B;
   return wrap16(int64_t{sum} + rounding) >> 6;
 }
 
@@ -31,9 +31,9 @@ uint8_t studio_chroma(int value) {
   return static_cast<uint8_t>(std::clamp(value, -112, 112) + 128);
 }
 
-ColourPlanes yuv_planes(const DerivedBlock &params, const CellGrid &cells) {
+ColourPlanes yuv_planes(const Parameters &params, const CellGrid &cells) {
   const WordMatrix &matrix = params.studio_base1_vec;
-  const int rounding = params.offset_studio_vec[0];
+  const int rounding = params.offset_studio_vec;
   ColourPlanes planes;
   planes.y = Plane(2 * cells.width(), 2 * cells.height());
   planes.u = Plane(cells.width(), cells.height());
@@ -54,9 +54,9 @@ ColourPlanes yuv_planes(const DerivedBlock &params, const CellGrid &cells) {
   return planes;
 }
 
-ColourPlanes rgb_planes(const DerivedBlock &params, const CellGrid &cells) {
+ColourPlanes rgb_planes(const Parameters &params, const CellGrid &cells) {
   const WordMatrix &matrix = params.rgb_base1_vec;
-  const int rounding = params.offset_rgb_vec[0];
+  const int rounding = params.offset_rgb_vec;
   ColourPlanes planes;
   for (Plane *plane : {&planes.r, &planes.g, &planes.b})
     *plane = Plane(2 * cells.width(), 2 * cells.height());

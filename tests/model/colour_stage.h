@@ -14,8 +14,8 @@ struct ColourPlanes {
 
 using CellGrid = Grid<Cell>;
 
-ColourPlanes yuv_planes(const DerivedBlock &params, const CellGrid &cells);
-ColourPlanes rgb_planes(const DerivedBlock &params, const CellGrid &cells);
+ColourPlanes yuv_planes(const Parameters &params, const CellGrid &cells);
+ColourPlanes rgb_planes(const Parameters &params, const CellGrid &cells);
 
 // One row of a Q6 matrix on 16-bit values: all sums wrap in 16 bits, the shift is arithmetic.
 int matrix_row(const WordMatrix &matrix, size_t row, int R, int G, int B, int rounding);

@@ -19,17 +19,10 @@ constexpr int index_of(Tier tier) { return tier == Tier::p3 ? 0 : 1; }
 // Width of a block column, and of a single-pass group, in pixels.
 constexpr int block_width(Tier tier) { return tier == Tier::p3 ? 8 : 16; }
 
-// What a stride table was built from; a table whose inputs have moved on is stale.
-struct StrideInputs {
-  int32_t out_width = 0, decimation = 0;
-  bool h_mirror = false, v_mirror = false;
-  bool operator==(const StrideInputs &) const = default;
-};
-
-// What the grid and the normalisers were built from.
-struct GridInputs {
+// What a plan was built from; a plan whose inputs have moved on is stale.
+struct PlanInputs {
   int32_t frame_width = 0, frame_height = 0;
-  bool operator==(const GridInputs &) const = default;
+  bool operator==(const PlanInputs &) const = default;
 };
 
 // The two lines of the group saved last, black subtracted.
@@ -49,10 +42,8 @@ struct FlatCellScratch {
 };
 
 struct TierState {
-  DerivedBlock params;
   FramePlan plan;
-  StrideInputs stride_inputs;
-  GridInputs grid_inputs;
+  PlanInputs plan_inputs;
   SavedGroup stat_group_copy;
   FlatCellScratch flat_cells;
 };
@@ -62,7 +53,8 @@ struct Band {
 };
 
 struct PplContext {
-  uint8_t in_use, ready;
+  uint8_t in_use;
+  Parameters params;
   uint8_t P3_only;
   int32_t sensor_type;
   int32_t decimation, decimation_top_black_lines, decimation_bottom_black_lines;

@@ -4,25 +4,33 @@
 
 namespace ppl_model {
 
-uint8_t subtract_black(const DerivedBlock &params, int line, int column, uint8_t sample) {
-  const ByteLanes &lanes =
+namespace {
+
+template <typename T>
+T of_column(const Pair<T> &pair, int column) {
+  return column % 2 == 0 ? pair.even : pair.odd;
+}
+
+}  // namespace
+
+uint8_t subtract_black(const Parameters &params, int line, int column, uint8_t sample) {
+  const Pair<uint8_t> &levels =
       line % 2 == 0 ? params.optical_black_BG_vec : params.optical_black_GR_vec;
-  return clamp_to_byte(sample - lanes[static_cast<size_t>(column % 2)]);
+  return clamp_to_byte(sample - of_column(levels, column));
 }
 
 // Gain is 8.5 and unsigned; the offset wraps in 16 bits before the clamp.
-uint8_t apply_gain_and_delta(const DerivedBlock &params, int line, int column, uint8_t sample) {
+uint8_t apply_gain_and_delta(const Parameters &params, int line, int column, uint8_t sample) {
   const bool bg = line % 2 == 0;
-  const size_t lane = static_cast<size_t>(column % 2);
-  const WordLanes &gains = bg ? params.rgb_gain_BG_vec : params.rgb_gain_GR_vec;
-  const WordLanes &deltas = bg ? params.rgb_delta_BG_vec : params.rgb_delta_GR_vec;
-  const uint16_t product = static_cast<uint16_t>(sample * gains[lane]);
-  return clamp_to_byte(wrap16((product >> 5) + deltas[lane]));
+  const Pair<int16_t> &gains = bg ? params.rgb_gain_BG_vec : params.rgb_gain_GR_vec;
+  const Pair<int16_t> &deltas = bg ? params.rgb_delta_BG_vec : params.rgb_delta_GR_vec;
+  const uint16_t product = static_cast<uint16_t>(sample * of_column(gains, column));
+  return clamp_to_byte(wrap16((product >> 5) + of_column(deltas, column)));
 }
 
-FrontEnd run_front_end(const PplContext *ctx, Tier tier, const ByteTable &table,
+FrontEnd run_front_end(const PplContext *ctx, const ByteTable &table,
                        const LineStarts &line_starts) {
-  const DerivedBlock &params = ctx->tier(tier).params;
+  const Parameters &params = ctx->params;
   const int width = ctx->plain.frame_width & ~1;
   const int height = ctx->plain.frame_height & ~1;
   FrontEnd result{Plane(width, height), Plane(width, height), Plane(width, height)};
@@ -39,9 +47,9 @@ FrontEnd run_front_end(const PplContext *ctx, Tier tier, const ByteTable &table,
   return result;
 }
 
-FrontEnd run_front_end(const PplContext *ctx, Tier tier, const ByteTable &table, uint8_t *src) {
+FrontEnd run_front_end(const PplContext *ctx, const ByteTable &table, uint8_t *src) {
   const ptrdiff_t stride = ctx->plain.frame_stride;
-  return run_front_end(ctx, tier, table, [=](int line) { return src + line * stride; });
+  return run_front_end(ctx, table, [=](int line) { return src + line * stride; });
 }
 
 }  // namespace ppl_model

@@ -22,13 +22,13 @@ struct FrontEnd {
 using LineStarts = std::function<uint8_t *(int line)>;
 
 // Takes the even part of the frame through the front end and leaves the result in the frame.
-FrontEnd run_front_end(const PplContext *ctx, Tier tier, const ByteTable &table,
+FrontEnd run_front_end(const PplContext *ctx, const ByteTable &table,
                        const LineStarts &line_starts);
 // The same with lines that stand frame_stride apart.
-FrontEnd run_front_end(const PplContext *ctx, Tier tier, const ByteTable &table, uint8_t *src);
+FrontEnd run_front_end(const PplContext *ctx, const ByteTable &table, uint8_t *src);
 
 // One sample.
-uint8_t subtract_black(const DerivedBlock &params, int line, int column, uint8_t sample);
-uint8_t apply_gain_and_delta(const DerivedBlock &params, int line, int column, uint8_t sample);
+uint8_t subtract_black(const Parameters &params, int line, int column, uint8_t sample);
+uint8_t apply_gain_and_delta(const Parameters &params, int line, int column, uint8_t sample);
 
 }  // namespace ppl_model

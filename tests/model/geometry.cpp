@@ -17,7 +17,6 @@ constexpr int32_t scale_by_decimation(int32_t value, int32_t d) {
 void set_output_size(PplContext *ctx, int32_t black_lines) {
   PlainState &plain = ctx->plain;
   plain.out_width = scale_by_decimation(plain.frame_width, ctx->decimation);
-  plain.out_width_2 = plain.out_width / 2;
   plain.out_height = add32(scale_by_decimation(plain.frame_height, ctx->decimation), black_lines);
   plain.out_size = mul32(plain.out_width, plain.out_height);
   plain.out_size_4 = plain.out_size / 4;
@@ -87,12 +86,8 @@ SizeResult take_frame_size(PplContext *ctx, uint32_t width, uint32_t height, uin
   set_output_size(ctx, 0);  // the black lines come back with the next change of decimation
 
   if (!machine::save()) return SizeResult::taken;
-  for (Tier tier : all_tiers) {
-    if (!machine::has_tier(tier)) continue;
-    build_grid(ctx, tier);
-    build_stride_table(ctx, tier);
-    build_normalisers(ctx, tier);
-  }
+  for (Tier tier : all_tiers)
+    if (machine::has_tier(tier)) build_plan(ctx, tier);
   return SizeResult::taken;
 }
 
@@ -122,9 +117,7 @@ uint8_t ppl_set_decimation(PplContext *ctx, int32_t decimation, int32_t top_blac
   ctx->decimation_bottom_black_lines = bottom_black_lines;
   set_output_size(ctx, add32(top_black_lines, bottom_black_lines));
 
-  if (!machine::save()) return 1;
-  for (Tier tier : all_tiers)
-    if (machine::has_tier(tier)) build_stride_table(ctx, tier);
+  machine::save();  // tried all the same, though nothing is derived
   return 1;
 }
 

@@ -17,10 +17,9 @@ int16_t spread(int left, int own, int right) {
 
 // The frame at its own size. Luma is woven in any case; chroma of an odd line gives way to the
 // first field's where the second field has moved.
-Video merge(const PplContext *ctx, Tier tier, Packing packing, MotionTest motion,
-            const Fields &fields) {
+Video merge(const PplContext *ctx, Packing packing, MotionTest motion, const Fields &fields) {
   const int width = ctx->plain.frame_width, pairs = ctx->plain.frame_height / 2;
-  const int16_t threshold = ctx->tier(tier).params.intl_3T_vec[0];
+  const int16_t threshold = ctx->params.intl_3T_vec;
   const Video first = read_video(fields.first, packing, width, pairs);
   const Video second = read_video(fields.second, packing, width, pairs);
   const Video reference =
@@ -46,13 +45,12 @@ Video merge(const PplContext *ctx, Tier tier, Packing packing, MotionTest motion
   return frame;
 }
 
-// Every 2^d-th pair and line of a frame whose even lines are the first field's; an odd last line is
-// left out.
+// Every 2^d-th pair and line of a frame whose even lines are the first field's.
 Video shrink(const PplContext *ctx, Packing packing, const Fields &fields) {
   const int d = ctx->decimation;
   const PlainState &plain = ctx->plain;
   const Video first = read_video(fields.first, packing, plain.frame_width, plain.frame_height / 2);
-  Video small((plain.frame_width >> d) / 2 * 2, (plain.frame_height >> d) / 2 * 2);
+  Video small((plain.frame_width >> d) / 2 * 2, plain.frame_height >> d);
   for (int line = 0; line < small.lines(); ++line)
     for (int x = 0; x < small.width(); ++x) {
       const int from_line = (line << d) / 2, from = (x / 2 << d) * 2 + x % 2;
@@ -107,17 +105,21 @@ void write_packed(const PplContext *ctx, Format format, const Video &video, cons
   put_black(black.top + video.lines(), black.bottom);
 }
 
-// Lines of the frame at the output's scale that lie behind the picture's last: of an odd height
-// one. Where black lines follow, it may be black, too, or stay as it is.
+// Lines that an odd height has more than its picture, at the output's scale: one of an unscaled
+// picture, two of a doubled one, none of a smaller one. Where black lines follow, they may be
+// black, too, or stay as they are.
 int64_t odd_lines(const PplContext *ctx, const Video &video, const Frame &black) {
   return ctx->plain.out_height - black.top - black.bottom - video.lines();
 }
 
 void write_i420(const PplContext *ctx, const Video &video, const Frame &black, Output &output) {
   const auto write = [&](const OutputPlane &plane, const Plane &picture, int columns, int64_t top) {
-    for (int line = 0; line < picture.height(); ++line)
-      for (int x = 0; x < columns; ++x)
-        output.put(plane.start + (top + line) * plane.pitch + x, picture.at(line, x));
+    for (int line = 0; line < picture.height(); ++line) {
+      const int64_t start = (top + line) * plane.pitch;
+      // The chroma planes of an odd height end with half a line.
+      const int64_t end = std::min<int64_t>(columns, plane.bytes - start);
+      for (int x = 0; x < end; ++x) output.put(plane.start + start + x, picture.at(line, x));
+    }
     if (!has_black_lines(ctx)) return;
     const int64_t behind = plane.start + (top + picture.height()) * plane.pitch;
     fill(output, plane.start, plane.start + top * plane.pitch, plane.black);
@@ -155,11 +157,11 @@ void write_rgb24(const PplContext *ctx, const Video &video, const Frame &black, 
 
 }  // namespace
 
-void convert_fields(const PplContext *ctx, Tier tier, Packing packing, Format format,
-                    MotionTest motion, const Fields &fields, Output &output) {
+void convert_fields(const PplContext *ctx, Packing packing, Format format, MotionTest motion,
+                    const Fields &fields, Output &output) {
   const int d = ctx->decimation;
   if (d < 0 && motion == MotionTest::off) return;
-  Video video = d > 0 ? shrink(ctx, packing, fields) : merge(ctx, tier, packing, motion, fields);
+  Video video = d > 0 ? shrink(ctx, packing, fields) : merge(ctx, packing, motion, fields);
   if (d < 0) video = enlarge(video);
 
   Frame black{ctx->decimation_top_black_lines, ctx->decimation_bottom_black_lines};

@@ -32,6 +32,8 @@ bool has_tier(Tier tier) {
   return (flag_word & (tier == Tier::p3 ? p3_tier_bit : sse2_tier_bit)) != 0;
 }
 
+bool has_any_tier() { return has_tier(Tier::p3) || has_tier(Tier::sse2); }
+
 void fail_saves(uint32_t skip, uint32_t count) {
   saves_until_failure = skip;
   failures_left = count;

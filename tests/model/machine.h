@@ -6,6 +6,7 @@
 namespace ppl_model::machine {
 
 bool has_tier(Tier tier);
+bool has_any_tier();
 
 // Tries a save of the floating-point state; false when it failed.
 bool save();

@@ -76,58 +76,56 @@ int slot_of(const PplContext *ctx);
 
 // ---- Derived state, to compare with the library's record
 
-inline constexpr int stride_entries = 79;
 inline constexpr int normaliser_entries = 17;
 
-// False for the entries of the stride table that nothing reads and that need not exist.
-bool stride_entry_exists(int entry);
-
+// What follows from the size of the frame, for one tier, and how far its marker has come.
 struct FramePlan {
-  int32_t grid_left, grid_right, grid_top, grid_bottom;
-  int32_t grid_width, grid_height, cell_width, cell_height;
-  int32_t block_columns, block_rows;
+  int32_t cell_width, cell_height;  // of the 8 by 6 windows, in block columns and line pairs
   std::array<uint32_t, normaliser_entries> chain_normaliser;
-  std::array<int32_t, stride_entries> stride_table;
   int32_t marker_cell;
 };
 
-// The lanes of a 64-bit entry; a 128-bit entry holds them twice.
-using WordLanes = std::array<int16_t, 4>;
-using ByteLanes = std::array<uint8_t, 8>;
-using WordMatrix = std::array<WordLanes, 9>;
+// For the even and the odd columns of a mosaic line.
+template <class T>
+struct Pair {
+  T even, odd;
+  bool operator==(const Pair &) const = default;
+};
 
-// The derived parameter block of a tier, by entry name.
-struct DerivedBlock {
-  WordLanes qual_BmGb_lo_vec, qual_BmGb_hi_vec;
-  WordLanes qual_GrmR_lo_vec, qual_GrmR_hi_vec;
-  WordLanes qual_BmGb_p_GrmR_lo_vec, qual_BmGb_p_GrmR_hi_vec;
-  WordLanes qual_BmGb_m_GrmR_lo_vec, qual_BmGb_m_GrmR_hi_vec;
-  ByteLanes qual_GR_base_vec, qual_GR_span_vec;
-  ByteLanes qual_BG_base_vec, qual_BG_span_vec;
-  ByteLanes qAE_min_vec, qAE_lo_vec, qAE_max_vec, qAE_hi_vec;
-  WordLanes edge_threshold_vec, edge_threshold2_vec, edge_enhance_factor_vec;
-  WordLanes intl_3T_vec;
-  WordLanes noise_G_12T_vec, noise_R_8T_vec, noise_B_8T_vec;
-  ByteLanes CFA_T0_vec;
-  WordLanes CFA_T1_vec;
+using WordMatrix = std::array<int16_t, 9>;  // row-major
+
+// What the pixel work reads in place of the plain controls.
+struct Parameters {
+  int16_t qual_BmGb_lo_vec, qual_BmGb_hi_vec;
+  int16_t qual_GrmR_lo_vec, qual_GrmR_hi_vec;
+  int16_t qual_BmGb_p_GrmR_lo_vec, qual_BmGb_p_GrmR_hi_vec;
+  int16_t qual_BmGb_m_GrmR_lo_vec, qual_BmGb_m_GrmR_hi_vec;
+  Pair<uint8_t> qual_GR_base_vec, qual_GR_span_vec;
+  Pair<uint8_t> qual_BG_base_vec, qual_BG_span_vec;
+  uint8_t qAE_min_vec, qAE_lo_vec, qAE_max_vec, qAE_hi_vec;
+  int16_t edge_threshold_vec, edge_threshold2_vec, edge_enhance_factor_vec;
+  int16_t intl_3T_vec;
+  int16_t noise_G_12T_vec, noise_R_8T_vec, noise_B_8T_vec;
+  uint8_t CFA_T0_vec;
+  int16_t CFA_T1_vec;
   WordMatrix rgb_slope_vec, full_slope_vec, studio_slope_vec, studio_slope_q12_vec;
   WordMatrix rgb_base0_vec, full_base0_vec, studio_base0_vec, studio_base0_q12_vec;
   WordMatrix rgb_base1_vec, full_base1_vec, studio_base1_vec, studio_base1_q12_vec;
-  WordLanes index_mask_vec;
-  WordLanes offset_studio_vec, offset_full_vec, offset_rgb_vec;
-  WordLanes rgb_gain_BG_vec, rgb_gain_GR_vec;
-  WordLanes quals_gain_BG_vec, quals_gain_GR_vec;
-  WordLanes rgb_delta_BG_vec, rgb_delta_GR_vec;
-  ByteLanes optical_black_BG_vec, optical_black_GR_vec;
-  WordLanes medium_diff_vec, medium_hot_vec, medium_dead_vec;
-  WordLanes medium_hot_pct_vec, medium_dead_pct_vec;
+  int16_t index_bound_vec;
+  int16_t offset_studio_vec, offset_full_vec, offset_rgb_vec;
+  Pair<int16_t> rgb_gain_BG_vec, rgb_gain_GR_vec;
+  Pair<int16_t> quals_gain_BG_vec, quals_gain_GR_vec;
+  Pair<int16_t> rgb_delta_BG_vec, rgb_delta_GR_vec;
+  Pair<uint8_t> optical_black_BG_vec, optical_black_GR_vec;
+  int16_t medium_diff_vec, medium_hot_vec, medium_dead_vec;
+  int16_t medium_hot_pct_vec, medium_dead_pct_vec;
 };
 
 // Plain fields that have no getter.
 struct PlainState {
   int32_t frame_width, frame_height, frame_stride;
   int32_t frame_size, frame_size_2, frame_size_4, frame_size_8;
-  int32_t out_width, out_height, out_width_2, out_size, out_size_4;
+  int32_t out_width, out_height, out_size, out_size_4;
   uint32_t mean_normaliser;
   uint32_t r_window_scale, g_window_scale, b_window_scale;
   int32_t contrast_c;
@@ -138,7 +136,7 @@ struct PlainState {
 };
 
 const FramePlan &plan(const PplContext *ctx, Tier tier);
-const DerivedBlock &derived(const PplContext *ctx, Tier tier);
+const Parameters &derived(const PplContext *ctx);
 const PlainState &plain(const PplContext *ctx);
 
 // ---- The library's interface

@@ -57,7 +57,6 @@ class Model : public testing::Test {
 using Gamma = Model;
 using Contrast = Model;
 using Colour = Model;
-using Strides = Model;
 using Geometry = Model;
 using Controls = Model;
 using Frames = Model;
@@ -157,17 +156,15 @@ TEST_F(Colour, NeutralControlsGiveTheNeutralSets) {
 TEST_F(Colour, DefaultMatrixHasTheTellingBaseAndSlope) {
   const std::array<int, 9> base = {15, 36, 3, -5, -13, 19, 17, -13, -4};
   const std::array<int, 9> slope = {-66, 207, -142, -260, -658, 924, 825, -635, -188};
-  for (Tier tier : {Tier::p3, Tier::sse2}) {
-    const DerivedBlock &params = derived(ctx, tier);
-    for (size_t i = 0; i < 9; ++i) {
-      for (size_t lane = 0; lane < 4; ++lane) {
-        EXPECT_EQ(params.studio_base0_vec[i][lane], base[i]) << i;
-        EXPECT_EQ(params.studio_slope_vec[i][lane], slope[i]) << i;
-      }
-    }
-    EXPECT_EQ(static_cast<uint16_t>(params.index_mask_vec[0]), 65535 - 12);
-    EXPECT_EQ(params.offset_studio_vec[0], 32);
+  const Parameters &params = derived(ctx);
+  for (size_t i = 0; i < 9; ++i) {
+    EXPECT_EQ(params.studio_base0_vec[i], base[i]) << i;
+    EXPECT_EQ(params.studio_slope_vec[i], slope[i]) << i;
   }
+  EXPECT_EQ(params.index_bound_vec, 12);
+  EXPECT_EQ(params.offset_studio_vec, 32);
+  ASSERT_EQ(ppl_set_sensor_matrix_index_upper_bound(ctx, 0), 1);
+  EXPECT_EQ(params.index_bound_vec, 1);
 }
 
 TEST_F(Colour, HueIsNormalisedAndSaturationIsLimited) {
@@ -181,34 +178,6 @@ TEST_F(Colour, HueIsNormalisedAndSaturationIsLimited) {
   ASSERT_EQ(ppl_set_sat_hue(ctx, 256, 180), 1);
   const std::array<int32_t, 4> flipped = {-256, 0, 0, -256};
   EXPECT_EQ(plain(ctx).chroma_matrix, flipped);
-}
-
-// ---- Stride tables
-
-TEST_F(Strides, TablesHaveTheTellingEntries) {
-  set_size(640, 480);
-  const auto &p3 = plan(ctx, Tier::p3).stride_table;
-  const auto &sse2 = plan(ctx, Tier::sse2).stride_table;
-  EXPECT_EQ(p3[5], 640);
-  EXPECT_EQ(p3[34], 640);
-  EXPECT_EQ(p3[65], 640);
-  EXPECT_EQ(p3[77], -2560);
-  EXPECT_EQ(p3[73], -1920);
-  EXPECT_EQ(p3[33], 8);
-  EXPECT_EQ(sse2[33], 16);
-  EXPECT_EQ(sse2[5], 640);
-  ppl_set_h_mirror(ctx, 2);
-  ppl_set_v_mirror(ctx, 1);
-  EXPECT_EQ(p3[5], -640);
-  EXPECT_EQ(p3[65], -640);
-  EXPECT_EQ(p3[77], 2560);
-  ppl_reset_mirrors(ctx);
-  ppl_set_decimation(ctx, 1, 0, 0);
-  EXPECT_EQ(p3[34], 0);
-  ppl_set_decimation(ctx, -1, 0, 0);
-  ppl_set_h_mirror(ctx, 1);
-  ASSERT_EQ(plain(ctx).out_width, 1280);
-  EXPECT_EQ(p3[56], -3888);
 }
 
 // ---- Geometry
@@ -254,18 +223,47 @@ TEST_F(Geometry, WindowScalesFitTheWiderTier) {
 
 // ---- Controls and machine
 
-TEST_F(Controls, FailedSaveKeepsTheOldLanes) {
+TEST_F(Controls, FailedSaveKeepsWhatWasDerived) {
   machine::reset_counts();
   machine::fail_saves(0, 1);
   EXPECT_EQ(ppl_set_r_gain(ctx, 512), 1);
   EXPECT_EQ(ppl_nf88_r_gain(ctx), 512);
-  EXPECT_EQ(derived(ctx, Tier::p3).rgb_gain_GR_vec[1], 32);
+  EXPECT_EQ(derived(ctx).rgb_gain_GR_vec.odd, 32);
   EXPECT_EQ(ppl_set_r_gain(ctx, 2047), 1);
-  EXPECT_EQ(derived(ctx, Tier::p3).rgb_gain_GR_vec[1], 255);
+  EXPECT_EQ(derived(ctx).rgb_gain_GR_vec.odd, 255);
   EXPECT_EQ(machine::save_count(), 2u);
   EXPECT_EQ(ppl_set_rgb_gain(ctx, 2048, 0, 0), 0);
   EXPECT_EQ(ppl_nf88_g_gain(ctx), 0);
-  EXPECT_EQ(derived(ctx, Tier::p3).rgb_gain_GR_vec[0], 32);
+  EXPECT_EQ(derived(ctx).rgb_gain_GR_vec.even, 32);
+}
+
+TEST_F(Controls, AnyTierKeepsTheParametersUpToDateAndNoneLeavesThem) {
+  for (const uint32_t flags : {p3_alone, both_tiers, 1u | 1u << 26}) {
+    machine::set_flags(flags);
+    EXPECT_EQ(ppl_set_edge_threshold(ctx, 100), 1);
+    EXPECT_EQ(ppl_set_edge_threshold(ctx, 700), 1);
+    EXPECT_EQ(derived(ctx).edge_threshold_vec, 700);
+    EXPECT_EQ(ppl_set_r_delta(ctx, 40000), 0);
+  }
+  machine::set_flags(1);
+  EXPECT_EQ(ppl_set_edge_threshold(ctx, 100), 1);
+  EXPECT_EQ(derived(ctx).edge_threshold_vec, 700);
+  EXPECT_EQ(ppl_set_r_delta(ctx, 40000), 1);
+}
+
+TEST_F(Controls, MirrorsAndScaleTryASaveAlthoughNothingIsDerivedFromThem) {
+  machine::reset_counts();
+  machine::fail_saves(1, 1);
+  EXPECT_EQ(ppl_set_h_mirror(ctx, 1), 1);
+  EXPECT_EQ(ppl_set_h_mirror(ctx, 1), 1);
+  EXPECT_EQ(ppl_set_v_mirror(ctx, 2), 1);
+  EXPECT_EQ(machine::save_count(), 3u);
+  ppl_reset_mirrors(ctx);
+  EXPECT_EQ(machine::save_count(), 5u);
+  EXPECT_EQ(ppl_set_decimation(ctx, 1, 0, 0), 1);
+  EXPECT_EQ(ppl_set_decimation(ctx, 1, 0, 0), 1);  // nothing to change
+  EXPECT_EQ(ppl_set_decimation(ctx, 3, 0, 0), 0);
+  EXPECT_EQ(machine::save_count(), 6u);
 }
 
 TEST_F(Controls, GroupResetsSaveFiveTimes) {
@@ -368,8 +366,8 @@ TEST_F(Frames, GreyFrameKeepsItsLevelThroughTheDefaults) {
   use_identity_table();
   Buffer src(128 * 48, 100), dst(128 * 72);
   ASSERT_EQ(ppl_process_blrtoi420(ctx, src.data(), dst.data(), 128, 48, 128), 1);
-  const WordMatrix &matrix = derived(ctx, Tier::sse2).studio_base1_vec;
-  const int row_sum = matrix[0][0] + matrix[1][0] + matrix[2][0];
+  const WordMatrix &matrix = derived(ctx).studio_base1_vec;
+  const int row_sum = matrix[0] + matrix[1] + matrix[2];
   EXPECT_EQ(dst[0], ((100 * row_sum + 32) >> 6) + 16);
   EXPECT_EQ(src[0], 100);
 }
@@ -381,7 +379,7 @@ TEST_F(Frames, LumaIsMirroredAndGreenFollowsTheMosaic) {
   Buffer src(128 * 48), dst(128 * 72);
   src[1] = 64;  // Gb of the first cell
   ASSERT_EQ(ppl_process_blrtoi420(ctx, src.data(), dst.data(), 128, 48, 128), 1);
-  const int g = derived(ctx, Tier::sse2).studio_base1_vec[1][0];
+  const int g = derived(ctx).studio_base1_vec[1];
   EXPECT_EQ(dst[127], ((32 * g + 32) >> 6) + 16);
   EXPECT_EQ(dst[126], ((64 * g + 32) >> 6) + 16);
   EXPECT_EQ(dst[125], 16);
@@ -430,16 +428,30 @@ TEST_F(Frames, MisalignedFramesFallBack) {
 }
 
 TEST_F(Frames, StalePlanLeavesThePictureFree) {
-  set_size(128, 48);
+  set_size(160, 48);
   machine::fail_saves(0, 1);
-  EXPECT_EQ(ppl_set_decimation(ctx, 1, 0, 0), 1);
+  set_size(128, 48);
   Buffer src(128 * 48, 60), dst(128 * 72, 0xEE);
   EXPECT_EQ(ppl_process_blrtoi420(ctx, src.data(), dst.data(), 128, 48, 128), 1);
   EXPECT_TRUE(picture_is_free());
-  ppl_set_decimation(ctx, 0, 0, 0);
+  set_size(128, 48);
   EXPECT_EQ(ppl_process_blrtoi420(ctx, src.data(), dst.data(), 128, 48, 128), 1);
   EXPECT_FALSE(picture_is_free());
   EXPECT_TRUE(free_bytes().empty());
+}
+
+TEST_F(Frames, FailedSavesOfScaleAndMirrorsLeaveNothingFree) {
+  set_size(128, 48);
+  machine::fail_saves(0, 2);
+  EXPECT_EQ(ppl_set_decimation(ctx, 1, 0, 0), 1);
+  EXPECT_EQ(ppl_set_v_mirror(ctx, 1), 1);
+  Buffer src(128 * 48, 60), dst(64 * 36, 0xEE);
+  src[0] = 200;
+  EXPECT_EQ(ppl_process_blrtoi420(ctx, src.data(), dst.data(), 128, 48, 128), 1);
+  EXPECT_FALSE(picture_is_free());
+  EXPECT_TRUE(free_bytes().empty());
+  EXPECT_NE(dst[64 * 23], dst[0]);  // the first line at the bottom
+  EXPECT_EQ(dst[64 * 23 + 1], dst[0]);
 }
 
 TEST_F(Frames, Quality13ShowsTheSamples) {

@@ -18,11 +18,13 @@ Video read_video(const uint8_t *src, Packing packing, int line_width, int lines)
 
 Plane chroma_of_line_pairs(const Video &video, Component component) {
   const int first = component == Component::u ? 0 : 1;
-  Plane plane(video.width() / 2, video.lines() / 2);
-  for (int i = 0; i < plane.height(); ++i)
+  Plane plane(video.width() / 2, (video.lines() + 1) / 2);
+  for (int i = 0; i < plane.height(); ++i) {
+    const int partner = std::min(2 * i + 1, video.lines() - 1);
     for (int j = 0; j < plane.width(); ++j)
       plane.at(i, j) =
-          average(video.chroma.at(2 * i, 2 * j + first), video.chroma.at(2 * i + 1, 2 * j + first));
+          average(video.chroma.at(2 * i, 2 * j + first), video.chroma.at(partner, 2 * j + first));
+  }
   return plane;
 }
 
@@ -48,7 +50,7 @@ OutputPlane luma_plane(const PplContext *ctx) {
 
 OutputPlane u_plane(const PplContext *ctx) {
   const PlainState &plain = ctx->plain;
-  return {plain.out_size, plain.out_size_4, plain.out_width_2, black_chroma};
+  return {plain.out_size, plain.out_size_4, plain.out_width / 2, black_chroma};
 }
 
 OutputPlane v_plane(const PplContext *ctx) {

@@ -21,7 +21,8 @@ struct Video {
 // Reads lines of 2 * line_width bytes, the last pixel of an odd width included.
 Video read_video(const uint8_t *src, Packing packing, int line_width, int lines);
 
-// The chroma of I420: u or v of each line pair, averaged. What has no partner is left out.
+// The chroma of I420: u or v of each line pair, averaged. A last line without a partner gives its
+// own.
 enum class Component { u, v };
 Plane chroma_of_line_pairs(const Video &video, Component component);
 
@@ -45,8 +46,8 @@ struct Fields {
   const uint8_t *reference, *first, *second;
 };
 enum class MotionTest { off, on };
-void convert_fields(const PplContext *ctx, Tier tier, Packing packing, Format format,
-                    MotionTest motion, const Fields &fields, Output &output);
+void convert_fields(const PplContext *ctx, Packing packing, Format format, MotionTest motion,
+                    const Fields &fields, Output &output);
 
 // ---- Planes of an I420 output
 

@@ -20,7 +20,6 @@ PplContext *ppl_init() {
     if (slot.in_use != 0) continue;
     slot.in_use = 1;
     ppl_reset_all_controls(&slot);
-    slot.ready = 1;
     return &slot;
   }
   return nullptr;
@@ -29,7 +28,6 @@ PplContext *ppl_init() {
 // A slot given back keeps its contents until the next owner resets the controls.
 uint8_t ppl_free(PplContext *ctx) {
   if (ctx == nullptr) return 0;
-  ctx->ready = 0;
   ctx->in_use = 0;
   return 1;
 }
@@ -39,7 +37,7 @@ int32_t DllUnload() { return 0; }
 int slot_of(const PplContext *ctx) { return static_cast<int>(ctx - pool.data()); }
 
 const FramePlan &plan(const PplContext *ctx, Tier tier) { return ctx->tier(tier).plan; }
-const DerivedBlock &derived(const PplContext *ctx, Tier tier) { return ctx->tier(tier).params; }
+const Parameters &derived(const PplContext *ctx) { return ctx->params; }
 const PlainState &plain(const PplContext *ctx) { return ctx->plain; }
 
 }  // namespace ppl_model

@@ -1,6 +1,5 @@
 // Tier choice, quality, black level, gains, offsets, tables and matrices of the sensor, mirrors.
 #include "model/colour.h"
-#include "model/plan.h"
 #include "model/refresh.h"
 
 namespace ppl_model {
@@ -50,7 +49,7 @@ uint8_t ppl_set_optical_black_b_gb_gr_r(PplContext *ctx, uint32_t b, uint32_t gb
   ctx->optical_black_gb = gb;
   ctx->optical_black_gr = gr;
   ctx->optical_black_r = r;
-  return refresh_each_tier(ctx, [=](DerivedBlock &params) {
+  return refresh(ctx, [=](Parameters &params) {
     if (b > 255 || gb > 255 || gr > 255 || r > 255) return false;
     params.optical_black_BG_vec = byte_pair(static_cast<int32_t>(b), static_cast<int32_t>(gb));
     params.optical_black_GR_vec = byte_pair(static_cast<int32_t>(gr), static_cast<int32_t>(r));
@@ -62,43 +61,40 @@ uint8_t ppl_reset_optical_black_b_gb_gr_r(PplContext *ctx) {
   return ppl_set_optical_black_b_gb_gr_r(ctx, 0, 0, 0, 0);
 }
 
-// ---- Triples whose words stand in a (b,g) and a (g,r) vector
+// ---- Triples whose words stand in a (b,g) and a (g,r) pair
 
 namespace {
 
-struct LanePair {
-  WordLanes &bg, &gr;
+struct LinePairs {
+  Pair<int16_t> &bg, &gr;
 };
 
-void write_r(LanePair lanes, int32_t value) { set_odd_lanes(lanes.gr, value); }
-void write_g(LanePair lanes, int32_t value) {
-  set_odd_lanes(lanes.bg, value);
-  set_even_lanes(lanes.gr, value);
-}
-void write_b(LanePair lanes, int32_t value) { set_even_lanes(lanes.bg, value); }
+void write_r(LinePairs pairs, int32_t value) { pairs.gr.odd = wrap16(value); }
+void write_g(LinePairs pairs, int32_t value) { pairs.bg.odd = pairs.gr.even = wrap16(value); }
+void write_b(LinePairs pairs, int32_t value) { pairs.bg.even = wrap16(value); }
 
-void write_rgb(LanePair lanes, int32_t r, int32_t g, int32_t b) {
-  write_r(lanes, r);
-  write_g(lanes, g);
-  write_b(lanes, b);
+void write_rgb(LinePairs pairs, int32_t r, int32_t g, int32_t b) {
+  write_r(pairs, r);
+  write_g(pairs, g);
+  write_b(pairs, b);
 }
 
-LanePair delta_lanes(DerivedBlock &params) {
+LinePairs delta_pairs(Parameters &params) {
   return {params.rgb_delta_BG_vec, params.rgb_delta_GR_vec};
 }
-LanePair gain_lanes(DerivedBlock &params) {
+LinePairs gain_pairs(Parameters &params) {
   return {params.rgb_gain_BG_vec, params.rgb_gain_GR_vec};
 }
-LanePair quals_lanes(DerivedBlock &params) {
+LinePairs quals_pairs(Parameters &params) {
   return {params.quals_gain_BG_vec, params.quals_gain_GR_vec};
 }
 
-using Writer = void (*)(LanePair, int32_t);
+using Writer = void (*)(LinePairs, int32_t);
 
 uint8_t refresh_delta(PplContext *ctx, int32_t value, Writer write) {
-  return refresh_each_tier(ctx, [=](DerivedBlock &params) {
+  return refresh(ctx, [=](Parameters &params) {
     if (!fits_word(value)) return false;
-    write(delta_lanes(params), value);
+    write(delta_pairs(params), value);
     return true;
   });
 }
@@ -107,9 +103,9 @@ bool is_gain(int32_t value) { return value >= 0 && value <= 2047; }
 
 // 8.8 becomes 8.5.
 uint8_t refresh_gain(PplContext *ctx, int32_t value, Writer write) {
-  return refresh_each_tier(ctx, [=](DerivedBlock &params) {
+  return refresh(ctx, [=](Parameters &params) {
     if (!is_gain(value)) return false;
-    write(gain_lanes(params), value >> 3);
+    write(gain_pairs(params), value >> 3);
     return true;
   });
 }
@@ -117,9 +113,9 @@ uint8_t refresh_gain(PplContext *ctx, int32_t value, Writer write) {
 bool is_quals_gain(int32_t value) { return value >= 0 && value <= 1023; }
 
 void refresh_quals_gain(PplContext *ctx, int32_t value, Writer write) {
-  refresh_each_tier(ctx, [=](DerivedBlock &params) {
+  refresh(ctx, [=](Parameters &params) {
     if (!is_quals_gain(value)) return false;
-    write(quals_lanes(params), value >> 2);
+    write(quals_pairs(params), value >> 2);
     return true;
   });
 }
@@ -134,9 +130,9 @@ uint8_t ppl_set_rgb_delta(PplContext *ctx, int32_t r, int32_t g, int32_t b) {
   ctx->r_delta = r;
   ctx->g_delta = g;
   ctx->b_delta = b;
-  return refresh_each_tier(ctx, [=](DerivedBlock &params) {
+  return refresh(ctx, [=](Parameters &params) {
     if (!fits_word(r) || !fits_word(g) || !fits_word(b)) return false;
-    write_rgb(delta_lanes(params), r, g, b);
+    write_rgb(delta_pairs(params), r, g, b);
     return true;
   });
 }
@@ -162,9 +158,9 @@ uint8_t ppl_set_rgb_gain(PplContext *ctx, int32_t r, int32_t g, int32_t b) {
   ctx->nf88_r_gain = r;
   ctx->nf88_g_gain = g;
   ctx->nf88_b_gain = b;
-  return refresh_each_tier(ctx, [=](DerivedBlock &params) {
+  return refresh(ctx, [=](Parameters &params) {
     if (!is_gain(r) || !is_gain(g) || !is_gain(b)) return false;
-    write_rgb(gain_lanes(params), r >> 3, g >> 3, b >> 3);
+    write_rgb(gain_pairs(params), r >> 3, g >> 3, b >> 3);
     return true;
   });
 }
@@ -192,9 +188,9 @@ uint8_t ppl_set_quals_rgb_gain(PplContext *ctx, int32_t r, int32_t g, int32_t b)
   ctx->nf88_quals_r_gain = r;
   ctx->nf88_quals_g_gain = g;
   ctx->nf88_quals_b_gain = b;
-  refresh_each_tier(ctx, [=](DerivedBlock &params) {
+  refresh(ctx, [=](Parameters &params) {
     if (!is_quals_gain(r) || !is_quals_gain(g) || !is_quals_gain(b)) return false;
-    write_rgb(quals_lanes(params), r >> 2, g >> 2, b >> 2);
+    write_rgb(quals_pairs(params), r >> 2, g >> 2, b >> 2);
     return true;
   });
   return 0;
@@ -274,11 +270,10 @@ uint8_t ppl_reset_sensor_matrix_index_upper_bound(PplContext *ctx) {
 
 namespace {
 
-// The stride table is rebuilt on every call, whether or not the flag changed.
-uint8_t rebuild_stride_tables(PplContext *ctx) {
-  if (!machine::save()) return 1;
-  for (Tier tier : all_tiers)
-    if (machine::has_tier(tier)) build_stride_table(ctx, tier);
+// A save is tried on every call, whether or not the flag changed, though nothing is derived.
+uint8_t set_mirror(uint8_t &flag, uint8_t value) {
+  flag = value;
+  machine::save();
   return 1;
 }
 
@@ -287,12 +282,10 @@ uint8_t rebuild_stride_tables(PplContext *ctx) {
 uint8_t ppl_h_mirror(const PplContext *ctx) { return ctx->h_mirror; }
 uint8_t ppl_v_mirror(const PplContext *ctx) { return ctx->v_mirror; }
 uint8_t ppl_set_h_mirror(PplContext *ctx, uint8_t value) {
-  ctx->h_mirror = value;
-  return rebuild_stride_tables(ctx);
+  return set_mirror(ctx->h_mirror, value);
 }
 uint8_t ppl_set_v_mirror(PplContext *ctx, uint8_t value) {
-  ctx->v_mirror = value;
-  return rebuild_stride_tables(ctx);
+  return set_mirror(ctx->v_mirror, value);
 }
 uint8_t ppl_reset_mirrors(PplContext *ctx) {
   ppl_set_v_mirror(ctx, 0);

@@ -10,7 +10,7 @@ namespace {
 // The frame after the front end, as cells, with its statistics gathered.
 CellGrid sweep(PplContext *ctx, Tier tier, const ByteTable &table, uint8_t *src,
                Gathering gathering, bool loses_mask, SweepOrder order) {
-  const FrontEnd front_end = run_front_end(ctx, tier, table, src);
+  const FrontEnd front_end = run_front_end(ctx, table, src);
   if (ctx->mean_collection == 0) gathering = Gathering::nothing;
   if (gathering == Gathering::nothing) loses_mask = false;
   const Grid<SampledVector> vectors =
@@ -63,7 +63,7 @@ void run_quality_3(PplContext *ctx, Tier tier, Format format, uint8_t *src, Outp
   const CellGrid cells =
       sweep(ctx, tier, ctx->rgb_gamma_table, src, gathering, loses_mask, SweepOrder::pair_by_pair);
 
-  const DerivedBlock &params = ctx->tier(tier).params;
+  const Parameters &params = ctx->params;
   const ColourPlanes planes =
       is_rgb(format) ? rgb_planes(params, cells) : yuv_planes(params, cells);
   const Layout layout(ctx, format);

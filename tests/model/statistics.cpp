@@ -6,9 +6,7 @@ namespace ppl_model {
 
 namespace {
 
-bool inside(int32_t value, const WordLanes &lo, const WordLanes &hi) {
-  return value > lo[0] && value < hi[0];
-}
+bool inside(int32_t value, int32_t lo, int32_t hi) { return value > lo && value < hi; }
 
 // Wrapping distance from the band's base, then what is left above its span.
 bool inside_level_band(int32_t sample, uint8_t base, uint8_t span_less_1) {
@@ -27,7 +25,7 @@ void for_each_sampled_cell(int width, int group_width, int even_group, Visit vis
 
 void gather_qualification(PplContext *ctx, Tier tier, const FrontEnd &front_end, int pair,
                           int even_group) {
-  const DerivedBlock &params = ctx->tier(tier).params;
+  const Parameters &params = ctx->params;
   PositionSums sums;
   for_each_sampled_cell(front_end.width(), block_width(tier), even_group, [&](int column, bool) {
     const Cell cell = cell_at(front_end.black, pair, column);
@@ -63,30 +61,30 @@ Cell cell_at(const Plane &samples, int pair, int cell_column) {
   return {samples.at(y, x), samples.at(y, x + 1), samples.at(y + 1, x), samples.at(y + 1, x + 1)};
 }
 
-bool cell_qualifies(const DerivedBlock &params, const Cell &cell) {
+bool cell_qualifies(const Parameters &params, const Cell &cell) {
   const int32_t D0 = cell.B - cell.Gb;
   const int32_t D1 = cell.Gr - cell.R;
-  const ByteLanes &bg_base = params.qual_BG_base_vec;
-  const ByteLanes &bg_span = params.qual_BG_span_vec;
-  const ByteLanes &gr_base = params.qual_GR_base_vec;
-  const ByteLanes &gr_span = params.qual_GR_span_vec;
+  const Pair<uint8_t> &bg_base = params.qual_BG_base_vec;
+  const Pair<uint8_t> &bg_span = params.qual_BG_span_vec;
+  const Pair<uint8_t> &gr_base = params.qual_GR_base_vec;
+  const Pair<uint8_t> &gr_span = params.qual_GR_span_vec;
   return inside(D0, params.qual_BmGb_lo_vec, params.qual_BmGb_hi_vec) &&
          inside(D1, params.qual_GrmR_lo_vec, params.qual_GrmR_hi_vec) &&
          inside(D0 + D1, params.qual_BmGb_p_GrmR_lo_vec, params.qual_BmGb_p_GrmR_hi_vec) &&
          inside(D0 - D1, params.qual_BmGb_m_GrmR_lo_vec, params.qual_BmGb_m_GrmR_hi_vec) &&
-         inside_level_band(cell.B, bg_base[0], bg_span[0]) &&
-         inside_level_band(cell.Gb, bg_base[1], bg_span[1]) &&
-         inside_level_band(cell.Gr, gr_base[0], gr_span[0]) &&
-         inside_level_band(cell.R, gr_base[1], gr_span[1]);
+         inside_level_band(cell.B, bg_base.even, bg_span.even) &&
+         inside_level_band(cell.Gb, bg_base.odd, bg_span.odd) &&
+         inside_level_band(cell.Gr, gr_base.even, gr_span.even) &&
+         inside_level_band(cell.R, gr_base.odd, gr_span.odd);
 }
 
-bool cell_is_exposed(const DerivedBlock &params, const Cell &cell) {
+bool cell_is_exposed(const Parameters &params, const Cell &cell) {
   const auto [lowest, highest] = std::minmax({cell.B, cell.Gb, cell.Gr, cell.R});
   // The limits have wrapped where the band reaches the end of the scale: no test there.
-  const bool tests_low = params.qAE_min_vec[0] != 0;
-  const bool tests_high = params.qAE_hi_vec[0] != 0;
-  const bool too_dark = tests_low && highest <= params.qAE_lo_vec[0];
-  const bool too_bright = tests_high && lowest >= params.qAE_hi_vec[0];
+  const bool tests_low = params.qAE_min_vec != 0;
+  const bool tests_high = params.qAE_hi_vec != 0;
+  const bool too_dark = tests_low && highest <= params.qAE_lo_vec;
+  const bool too_bright = tests_high && lowest >= params.qAE_hi_vec;
   return !too_dark && !too_bright;
 }
 
@@ -112,7 +110,7 @@ Grid<SampledVector> gather_single_pass(PplContext *ctx, Tier tier, const FrontEn
   Grid<SampledVector> vectors((groups + 1) / 2, front_end.pairs() / 2);
   if (gathering == Gathering::nothing) return vectors;
 
-  const DerivedBlock &params = ctx->tier(tier).params;
+  const Parameters &params = ctx->params;
   for (int pair = 1; pair < front_end.pairs(); pair += 2) {
     for (int group = 0; group < groups; group += 2) {
       save_group(ctx->tier(tier), tier, front_end, pair, group);

@@ -17,9 +17,9 @@ struct Cell {
 Cell cell_at(const Plane &samples, int pair, int cell_column);
 
 // True if the cell lies in every qualification band.
-bool cell_qualifies(const DerivedBlock &params, const Cell &cell);
+bool cell_qualifies(const Parameters &params, const Cell &cell);
 // True unless all four samples lie on the same side of the exposure band.
-bool cell_is_exposed(const DerivedBlock &params, const Cell &cell);
+bool cell_is_exposed(const Parameters &params, const Cell &cell);
 
 // Keeps a group, black subtracted, for the one to its right.
 void save_group(TierState &state, Tier tier, const FrontEnd &front_end, int pair, int group);

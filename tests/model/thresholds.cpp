@@ -8,21 +8,24 @@ namespace {
 // A negative argument is beyond every limit.
 bool beyond(int32_t value, uint32_t limit) { return static_cast<uint32_t>(value) > limit; }
 
-uint8_t refresh_threshold(PplContext *ctx, WordLanes DerivedBlock::*entry, int32_t value) {
-  return refresh_each_tier(
-      ctx, [=](DerivedBlock &params) { return refresh_word(params.*entry, value); });
-}
-
-// A fraction in 8.8 becomes 8.6 in its lanes.
-uint8_t refresh_fraction(PplContext *ctx, WordLanes DerivedBlock::*entry, int32_t value) {
-  return refresh_each_tier(ctx, [=](DerivedBlock &params) {
-    if (value < -65536 || value > 65535) return false;
-    params.*entry = word_broadcast(value >> 2);
+uint8_t refresh_threshold(PplContext *ctx, int16_t Parameters::*entry, int32_t value) {
+  return refresh(ctx, [=](Parameters &params) {
+    if (!fits_word(value)) return false;
+    params.*entry = wrap16(value);
     return true;
   });
 }
 
-uint8_t set_threshold(PplContext *ctx, int32_t PplContext::*field, WordLanes DerivedBlock::*entry,
+// A fraction in 8.8 becomes 8.6.
+uint8_t refresh_fraction(PplContext *ctx, int16_t Parameters::*entry, int32_t value) {
+  return refresh(ctx, [=](Parameters &params) {
+    if (value < -65536 || value > 65535) return false;
+    params.*entry = wrap16(value >> 2);
+    return true;
+  });
+}
+
+uint8_t set_threshold(PplContext *ctx, int32_t PplContext::*field, int16_t Parameters::*entry,
                       int32_t value, uint32_t limit) {
   if (beyond(value, limit)) return 0;
   ctx->*field = value;
@@ -39,7 +42,7 @@ int32_t ppl_medium_filter_diff_threshold(const PplContext *ctx) {
 // Its own entry is never written: the hot pixel entry is refreshed in its place.
 uint8_t ppl_set_medium_filter_diff_threshold(PplContext *ctx, int32_t value) {
   ctx->medium_filter_diff_threshold = value;
-  return refresh_threshold(ctx, &DerivedBlock::medium_hot_vec,
+  return refresh_threshold(ctx, &Parameters::medium_hot_vec,
                            ctx->medium_filter_hot_pixel_threshold);
 }
 
@@ -48,7 +51,7 @@ int32_t ppl_medium_filter_hot_pixel_threshold(const PplContext *ctx) {
 }
 uint8_t ppl_set_medium_filter_hot_pixel_threshold(PplContext *ctx, int32_t value) {
   ctx->medium_filter_hot_pixel_threshold = value;
-  return refresh_threshold(ctx, &DerivedBlock::medium_hot_vec, value);
+  return refresh_threshold(ctx, &Parameters::medium_hot_vec, value);
 }
 
 int32_t ppl_medium_filter_dead_pixel_threshold(const PplContext *ctx) {
@@ -56,7 +59,7 @@ int32_t ppl_medium_filter_dead_pixel_threshold(const PplContext *ctx) {
 }
 uint8_t ppl_set_medium_filter_dead_pixel_threshold(PplContext *ctx, int32_t value) {
   ctx->medium_filter_dead_pixel_threshold = value;
-  return refresh_threshold(ctx, &DerivedBlock::medium_dead_vec, value);
+  return refresh_threshold(ctx, &Parameters::medium_dead_vec, value);
 }
 
 int32_t ppl_nf88_medium_filter_hot_pixel_threshold_percentage(const PplContext *ctx) {
@@ -64,7 +67,7 @@ int32_t ppl_nf88_medium_filter_hot_pixel_threshold_percentage(const PplContext *
 }
 uint8_t ppl_set_nf88_medium_filter_hot_pixel_threshold_percentage(PplContext *ctx, int32_t value) {
   ctx->nf88_medium_filter_hot_pixel_threshold_percentage = value;
-  return refresh_fraction(ctx, &DerivedBlock::medium_hot_pct_vec, value);
+  return refresh_fraction(ctx, &Parameters::medium_hot_pct_vec, value);
 }
 
 int32_t ppl_nf88_medium_filter_dead_pixel_threshold_percentage(const PplContext *ctx) {
@@ -72,7 +75,7 @@ int32_t ppl_nf88_medium_filter_dead_pixel_threshold_percentage(const PplContext 
 }
 uint8_t ppl_set_nf88_medium_filter_dead_pixel_threshold_percentage(PplContext *ctx, int32_t value) {
   ctx->nf88_medium_filter_dead_pixel_threshold_percentage = value;
-  return refresh_fraction(ctx, &DerivedBlock::medium_dead_pct_vec, value);
+  return refresh_fraction(ctx, &Parameters::medium_dead_pct_vec, value);
 }
 
 uint8_t ppl_medium_filter_enabled(const PplContext *ctx) { return ctx->medium_filter_enabled; }
@@ -98,14 +101,14 @@ uint8_t ppl_reset_medium_filter(PplContext *ctx) {
 
 int32_t ppl_edge_threshold(const PplContext *ctx) { return ctx->edge_threshold; }
 uint8_t ppl_set_edge_threshold(PplContext *ctx, int32_t value) {
-  return set_threshold(ctx, &PplContext::edge_threshold, &DerivedBlock::edge_threshold_vec, value,
+  return set_threshold(ctx, &PplContext::edge_threshold, &Parameters::edge_threshold_vec, value,
                        1530);
 }
 uint8_t ppl_reset_edge_threshold(PplContext *ctx) { return ppl_set_edge_threshold(ctx, 100); }
 
 int32_t ppl_edge_threshold2(const PplContext *ctx) { return ctx->edge_threshold2; }
 uint8_t ppl_set_edge_threshold2(PplContext *ctx, int32_t value) {
-  return set_threshold(ctx, &PplContext::edge_threshold2, &DerivedBlock::edge_threshold2_vec, value,
+  return set_threshold(ctx, &PplContext::edge_threshold2, &Parameters::edge_threshold2_vec, value,
                        1530);
 }
 uint8_t ppl_reset_edge_threshold2(PplContext *ctx) { return ppl_set_edge_threshold2(ctx, 1530); }
@@ -116,7 +119,7 @@ int32_t ppl_nf88_edge_enhance_factor(const PplContext *ctx) {
 uint8_t ppl_set_nf88_edge_enhance_factor(PplContext *ctx, int32_t value) {
   if (beyond(value, 256)) return 0;
   ctx->nf88_edge_enhance_factor = value;
-  return refresh_fraction(ctx, &DerivedBlock::edge_enhance_factor_vec, value);
+  return refresh_fraction(ctx, &Parameters::edge_enhance_factor_vec, value);
 }
 uint8_t ppl_reset_nf88_edge_enhance_factor(PplContext *ctx) {
   return ppl_set_nf88_edge_enhance_factor(ctx, 32);
@@ -128,8 +131,8 @@ int32_t ppl_noise_filter_G_12T_threshold(const PplContext *ctx) {
   return ctx->noise_filter_G_12T_threshold;
 }
 uint8_t ppl_set_noise_filter_G_12T_threshold(PplContext *ctx, int32_t value) {
-  return set_threshold(ctx, &PplContext::noise_filter_G_12T_threshold,
-                       &DerivedBlock::noise_G_12T_vec, value, 3060);
+  return set_threshold(ctx, &PplContext::noise_filter_G_12T_threshold, &Parameters::noise_G_12T_vec,
+                       value, 3060);
 }
 uint8_t ppl_reset_noise_filter_G_12T_threshold(PplContext *ctx) {
   return ppl_set_noise_filter_G_12T_threshold(ctx, 60);
@@ -139,7 +142,7 @@ int32_t ppl_noise_filter_R_8T_threshold(const PplContext *ctx) {
   return ctx->noise_filter_R_8T_threshold;
 }
 uint8_t ppl_set_noise_filter_R_8T_threshold(PplContext *ctx, int32_t value) {
-  return set_threshold(ctx, &PplContext::noise_filter_R_8T_threshold, &DerivedBlock::noise_R_8T_vec,
+  return set_threshold(ctx, &PplContext::noise_filter_R_8T_threshold, &Parameters::noise_R_8T_vec,
                        value, 2040);
 }
 uint8_t ppl_reset_noise_filter_R_8T_threshold(PplContext *ctx) {
@@ -150,7 +153,7 @@ int32_t ppl_noise_filter_B_8T_threshold(const PplContext *ctx) {
   return ctx->noise_filter_B_8T_threshold;
 }
 uint8_t ppl_set_noise_filter_B_8T_threshold(PplContext *ctx, int32_t value) {
-  return set_threshold(ctx, &PplContext::noise_filter_B_8T_threshold, &DerivedBlock::noise_B_8T_vec,
+  return set_threshold(ctx, &PplContext::noise_filter_B_8T_threshold, &Parameters::noise_B_8T_vec,
                        value, 2040);
 }
 uint8_t ppl_reset_noise_filter_B_8T_threshold(PplContext *ctx) {
@@ -163,8 +166,8 @@ int32_t ppl_CFA_T0_threshold(const PplContext *ctx) { return ctx->CFA_T0_thresho
 uint8_t ppl_set_CFA_T0_threshold(PplContext *ctx, int32_t value) {
   if (beyond(value, 255)) return 0;
   ctx->CFA_T0_threshold = value;
-  return refresh_each_tier(ctx, [=](DerivedBlock &params) {
-    params.CFA_T0_vec = byte_broadcast(value);
+  return refresh(ctx, [=](Parameters &params) {
+    params.CFA_T0_vec = low_byte(value);
     return true;
   });
 }
@@ -172,13 +175,13 @@ uint8_t ppl_reset_CFA_T0_threshold(PplContext *ctx) { return ppl_set_CFA_T0_thre
 
 int32_t ppl_CFA_T1_threshold(const PplContext *ctx) { return ctx->CFA_T1_threshold; }
 uint8_t ppl_set_CFA_T1_threshold(PplContext *ctx, int32_t value) {
-  return set_threshold(ctx, &PplContext::CFA_T1_threshold, &DerivedBlock::CFA_T1_vec, value, 63);
+  return set_threshold(ctx, &PplContext::CFA_T1_threshold, &Parameters::CFA_T1_vec, value, 63);
 }
 uint8_t ppl_reset_CFA_T1_threshold(PplContext *ctx) { return ppl_set_CFA_T1_threshold(ctx, 15); }
 
 int32_t ppl_intl_3T_threshold(const PplContext *ctx) { return ctx->intl_3T_threshold; }
 uint8_t ppl_set_intl_3T_threshold(PplContext *ctx, int32_t value) {
-  return set_threshold(ctx, &PplContext::intl_3T_threshold, &DerivedBlock::intl_3T_vec, value, 765);
+  return set_threshold(ctx, &PplContext::intl_3T_threshold, &Parameters::intl_3T_vec, value, 765);
 }
 uint8_t ppl_reset_intl_3T_threshold(PplContext *ctx) { return ppl_set_intl_3T_threshold(ctx, 50); }
 

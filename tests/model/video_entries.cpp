@@ -1,11 +1,10 @@
-// Packed video: sizes, tier, bracket and fallback.
+// Packed video: sizes, bracket and fallback. Both tiers give the same.
 #include <cstring>
 #include <initializer_list>
 
 #include "model/drivers.h"
 #include "model/machine.h"
 #include "model/packed_video.h"
-#include "model/plan.h"
 #include "model/report.h"
 
 namespace ppl_model {
@@ -38,20 +37,15 @@ bool take_sizes(PplContext *ctx, const Sizes &sizes) {
 }
 
 // What every driver does around its conversion.
-template <typename Convert>  // Convert(Tier, Output &)
-void run_conversion(PplContext *ctx, Pointers pointers, uint8_t *dst, Convert convert) {
-  const bool sse2 = all_aligned(pointers, 16) && is_aligned(dst, 16) &&
-                    machine::has_tier(Tier::sse2) && ctx->P3_only == 0;
-  const Tier tier = sse2 ? Tier::sse2 : Tier::p3;
-  // A plan left stale by a failed save leaves the picture open, and so do counts of black lines
-  // below 0.
-  if (plan_is_stale(ctx, tier) || ctx->decimation_top_black_lines < 0 ||
-      ctx->decimation_bottom_black_lines < 0) {
+template <typename Convert>  // Convert(Output &)
+void run_conversion(const PplContext *ctx, uint8_t *dst, Convert convert) {
+  // Counts of black lines below 0 leave the picture open.
+  if (ctx->decimation_top_black_lines < 0 || ctx->decimation_bottom_black_lines < 0) {
     report().picture_is_free = true;
     return;
   }
   Output output(dst, INT64_MAX);
-  convert(tier, output);
+  convert(output);
   output.report_open_bytes();
 }
 
@@ -104,8 +98,7 @@ uint8_t process(PplContext *ctx, const VideoConversion &conversion, const uint8_
   if (!take_sizes(ctx, sizes)) return 0;
   ++ctx->n_frame;
   if (conversion.convert == nullptr) return 0;
-  run_conversion(ctx, {src}, dst,
-                 [&](Tier, Output &output) { conversion.convert(ctx, src, output); });
+  run_conversion(ctx, dst, [&](Output &output) { conversion.convert(ctx, src, output); });
   return 1;
 }
 
@@ -145,11 +138,9 @@ uint8_t process(PplContext *ctx, const FieldsConversion &conversion, const Field
   if (!take_sizes(ctx, sizes)) return 0;
   ++ctx->n_frame;
   if (!conversion.converts) return 1;
-  run_conversion(ctx, {fields.reference, fields.first, fields.second}, out,
-                 [&](Tier tier, Output &output) {
-                   convert_fields(ctx, tier, conversion.packing, conversion.format,
-                                  conversion.motion, fields, output);
-                 });
+  run_conversion(ctx, out, [&](Output &output) {
+    convert_fields(ctx, conversion.packing, conversion.format, conversion.motion, fields, output);
+  });
   return 1;
 }
 

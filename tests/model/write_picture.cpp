@@ -78,7 +78,8 @@ void write_rgb_pixel(const Picture &picture, Format format, int y, int x, int64_
 }
 
 // Lines of a 2:1 picture at half the pitch that they need: every row of the sweep starts a slip
-// further along.
+// further along. The cursor goes along the samples that a row has and back by the output's width,
+// in chroma by half of that, truncated.
 class SlippingWriter {
  public:
   SlippingWriter(const Picture &picture, const Layout &layout, int frame_width, Output &output)
@@ -86,6 +87,7 @@ class SlippingWriter {
         layout_(layout),
         bytes_(pair_bytes(layout.format)),
         slip_((layout.h ? -1 : 1) * (frame_width / 2 - layout.W)),
+        chroma_slip_((layout.h ? -1 : 1) * (frame_width / 4 - layout.W / 2)),
         output_(output) {}
 
   void write_line(int y, int row, int first, int behind) const {
@@ -115,7 +117,7 @@ class SlippingWriter {
   void write_chroma(int row, int first, int behind) const {
     if (layout_.format != Format::i420 || row >= picture_.u.height()) return;
     const auto place = [&](int x) {
-      return layout_.chroma_line(row) + layout_.chroma_column(x) + row * (slip_ / 2);
+      return layout_.chroma_line(row) + layout_.chroma_column(x) + row * chroma_slip_;
     };
     const int end = std::min(behind, picture_.u.width());
     for (int x = first; x < end; ++x)
@@ -128,7 +130,7 @@ class SlippingWriter {
   const Picture &picture_;
   const Layout &layout_;
   PairBytes bytes_;
-  int64_t slip_;
+  int64_t slip_, chroma_slip_;
   Output &output_;
 };
 

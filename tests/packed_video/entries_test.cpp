@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "packed_video/packed_video_fixture.h"
-#include "support/processor.h"
+#include "support/combinations.h"
 #include "support/stack_offset.h"
 
 namespace ppl_test {
@@ -106,15 +106,42 @@ class PackedEntries : public PackedVideoTest {
 TEST_F(PackedEntries, PointerAlignedTo4OnlyTakesTheFallback) {
   use_size(128, 14, 1, 2, 3);
   const auto before = look();
-  for (const Entry &entry : all_entries())
-    for (size_t pointer = 0; pointer <= pointers(entry); ++pointer)
-      for (const unsigned offset : {4u, 12u, 1u}) {
-        SCOPED_TRACE(testing::Message() << entry.name << ", pointer " << pointer);
-        hooks::reset_counts();
-        expect_fallback(entry, call(entry, pointer, offset));
-        EXPECT_EQ(hooks::save_count(), 0u) << "the alignment is tested first";
-        EXPECT_EQ(look(), before);
-      }
+  for (const auto &[entry, pointer, offset] :
+       combinations(all_entries(), std::array{0u, 1u, 2u, 3u}, std::array{4u, 12u, 1u})) {
+    if (pointer > pointers(entry)) continue;
+    SCOPED_TRACE(testing::Message() << entry.name << ", pointer " << pointer);
+    hooks::reset_counts();
+    expect_fallback(entry, call(entry, pointer, offset));
+    EXPECT_EQ(hooks::save_count(), 0u) << "the alignment is tested first";
+    EXPECT_EQ(look(), before);
+  }
+}
+
+TEST_F(PackedEntries, FallbacksGoByTheOutputsSize) {
+  // 128 by 24 to twice and to half of that: n bytes of the source, also where it would have fewer.
+  constexpr uint32_t in_width = 128, in_height = 24;
+  for (const auto &[out_width, out_height] : {std::pair{256u, 48u}, {64u, 12u}})
+    for (const Entry &entry : all_entries()) {
+      SCOPED_TRACE(testing::Message() << entry.name << " to " << out_width);
+      const size_t n = size_t{out_width} * out_height;
+      const auto source = [n](uint8_t value) {
+        GuardedBuffer buffer(n, Placement::ends_at_guard, 4);
+        memset(buffer.data(), value, n);
+        return buffer;
+      };
+      const GuardedBuffer reference = source(1), first = source(2), second = source(3);
+      GuardedBuffer output(picture_bytes(entry.format, n), Placement::ends_at_guard);
+      EXPECT_EQ(entry.frame != nullptr
+                    ? entry.frame(ctx, first.data(), output.data(), in_width, in_height, out_width,
+                                  out_height)
+                    : entry.fields(ctx, reference.data(), first.data(), second.data(),
+                                   output.data(), in_width, in_height, out_width, out_height),
+                0);
+      const bool white = entry.format == Format::rgb24 || entry.format == Format::rgb32;
+      const uint8_t behind = white ? 255 : entry.format == Format::i420 ? 128 : 3;
+      for (size_t i = 0; i < output.size(); ++i)
+        ASSERT_EQ(output[i], i < n && !white ? 2 : behind) << i;
+    }
 }
 
 TEST_F(PackedEntries, ProcessorWithoutATierTakesTheFallback) {

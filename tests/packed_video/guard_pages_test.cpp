@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "packed_video/packed_video_fixture.h"
+#include "support/combinations.h"
 
 namespace ppl_test {
 namespace {
@@ -17,28 +18,29 @@ class PackedGuardPages : public PackedVideoTierTest {
   // Runs a conversion at both ends, at every geometry.
   template <class Run>  // Run(const Geometry &, const Buffers &)
   void at_both_ends(Run run_one) {
-    for (const auto &[w, h] : {std::pair{128u, 22u},
-                               {130u, 14u},
-                               {143u, 15u},
-                               {152u, 26u},
-                               {129u, 17u},
-                               {720u, 14u},
-                               {1280u, 18u}})
-      for (const int32_t d : {0, 1, 2, -1})
-        for (const auto &[top, bottom] : {std::pair{0, 0}, {1, 2}, {4, 4}}) {
-          const Geometry geometry{w, h, d, top, bottom};
-          SCOPED_TRACE(testing::Message() << w << " by " << h << ", decimation " << d
-                                          << ", black lines " << top << " and " << bottom);
-          use_size(w, h, d, top, bottom);
-          std::vector<uint8_t> pictures[2];
-          for (const Placement placement :
-               {Placement::ends_at_guard, Placement::begins_behind_guard}) {
-            Buffers how;
-            how.placement = placement;
-            pictures[placement == Placement::ends_at_guard] = run_one(geometry, how).bytes;
-          }
-          EXPECT_TRUE(pictures[0] == pictures[1]);
-        }
+    struct Size {
+      uint32_t width, height;
+    };
+    constexpr Size input_sizes[] = {{128, 22}, {130, 14}, {143, 15}, {152, 26},
+                                    {129, 17}, {720, 14}, {1280, 18}};
+    struct BlackLines {
+      int32_t top, bottom;
+    };
+    constexpr BlackLines black_lines[] = {{0, 0}, {1, 2}, {4, 4}};
+    for (const auto &[size, d, black] :
+         combinations(input_sizes, std::array{0, 1, 2, -1}, black_lines)) {
+      const Geometry geometry{size.width, size.height, d, black.top, black.bottom};
+      SCOPED_TRACE(testing::Message() << size.width << " by " << size.height << ", decimation " << d
+                                      << ", black lines " << black.top << " and " << black.bottom);
+      use_size(size.width, size.height, d, black.top, black.bottom);
+      const auto picture_at = [&](Placement placement) {
+        Buffers how;
+        how.placement = placement;
+        return run_one(geometry, how).bytes;
+      };
+      EXPECT_TRUE(picture_at(Placement::ends_at_guard) ==
+                  picture_at(Placement::begins_behind_guard));
+    }
   }
 };
 
@@ -54,10 +56,7 @@ TEST_P(PackedGuardPages, FramesStayInsideTheirBuffers) {
         const size_t line = geometry.width * conversion.source_half_bytes / 2;
         std::vector<uint8_t> source(line * geometry.height);
         for (size_t i = 0; i < source.size(); ++i) source[i] = static_cast<uint8_t>(i * 73);
-        // At other decimations RGB24 has the input's size.
-        if (conversion.format == Format::rgb24 && geometry.decimation != 0)
-          how.output_bytes = std::max(size_t{3} * geometry.width * geometry.height,
-                                      size_t{3} * sizes.out_width * sizes.out_height);
+        how.output_bytes = output_bytes_of(conversion);
         return run(conversion, source, how);
       });
     }

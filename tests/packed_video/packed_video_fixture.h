@@ -6,12 +6,12 @@
 #include <stdint.h>
 #include <string.h>
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
 
-#include "frame/context.h"
-#include "platform/test_hooks.h"
+#include "context/context.h"
 #include "ppl.h"
 #include "support/context_test.h"
 #include "support/guarded_buffer.h"
@@ -198,6 +198,14 @@ class PackedVideoTest : public ContextTest {
     unsigned source_alignment = 0, output_alignment = 0;  // modulo 16
     size_t output_bytes = 0;                              // 0: what the output's size needs
   };
+
+  // Progressive RGB24 has the input's size at every decimation.
+  size_t output_bytes_of(const FrameConversion &conversion) const {
+    const size_t declared =
+        picture_bytes(conversion.format, size_t{sizes.out_width} * sizes.out_height);
+    if (conversion.format != Format::rgb24) return declared;
+    return std::max(declared, picture_bytes(conversion.format, size_t{sizes.width} * sizes.height));
+  }
 
   Picture run(const FrameConversion &conversion, const std::vector<uint8_t> &source,
               const Buffers &how) {

@@ -17,8 +17,8 @@
 #include <vector>
 
 #include "golden/golden_text.h"
-#include "platform/test_hooks.h"
 #include "support/guarded_buffer.h"
+#include "support/machine.h"
 
 namespace ppl_test {
 namespace {
@@ -26,7 +26,6 @@ namespace {
 using golden::Case;
 using golden::Controls;
 using golden::Format;
-using golden::Tier;
 using golden::Video;
 
 enum class Content { raw, yuyv, uyvy };
@@ -98,7 +97,7 @@ std::vector<Scale> scales_of(const RealFrame &frame) {
 
 std::vector<Case> cases_of(const RealFrame &frame) {
   std::vector<Case> cases;
-  for (const Tier tier : {Tier::p3, Tier::sse2}) {
+  for (const Tier tier : both_tiers) {
     const auto add_raw = [&](Format format, int quality, int8_t decimation = 0) {
       cases.push_back({format, frame.width, frame.height, decimation, tier, golden::plain,
                        static_cast<uint8_t>(quality), Controls::defaults});
@@ -178,13 +177,12 @@ TEST_P(RealFrames, EveryConversionGivesTheReviewedPicture) {
   const std::vector<uint8_t> bytes = read_frame(frame);
   ASSERT_EQ(bytes.size(),
             size_t{frame.width} * frame.height * (frame.content == Content::raw ? 1 : 2));
-  const bool has_sse2 = (ppl::test_hooks::processor_flags() & (1u << 26)) != 0;
   const auto fill = [&](const Case &c, uint32_t, uint8_t *source) {
     fill_source(c, bytes, source);
   };
 
   for (const Case &c : cases_of(frame)) {
-    if (c.tier == Tier::sse2 && !has_sse2) continue;
+    if (!has_tier(c.tier)) continue;
     GuardedBuffer source(golden::source_bytes(c), Placement::ends_at_guard);
     GuardedBuffer output(golden::output_bytes(c), Placement::ends_at_guard);
     const std::string description = std::string(frame.name) + ": " + golden::describe(c);

@@ -4,22 +4,20 @@
 #include <gtest/gtest.h>
 #include <stdint.h>
 
-#include <array>
+#include <ostream>
 #include <string>
 
-#include "platform/test_hooks.h"
 #include "ppl.h"
+#include "support/machine.h"
 
 namespace ppl_test {
 
-enum class Tier { p3, sse2 };
-inline constexpr std::array both_tiers = {Tier::p3, Tier::sse2};
-inline const char *name_of(Tier tier) { return tier == Tier::p3 ? "P3" : "SSE2"; }
+// For the messages of GoogleTest.
+inline void PrintTo(Tier tier, std::ostream *out) { *out << name_of(tier); }
+
 inline std::string tier_name(const ::testing::TestParamInfo<Tier> &info) {
   return name_of(info.param);
 }
-
-inline bool has_sse2_tier() { return (ppl::test_hooks::processor_flags() & (1u << 26)) != 0; }
 
 class ContextTest : public ::testing::Test {
  protected:
@@ -39,7 +37,7 @@ class ContextTest : public ::testing::Test {
   // False if this processor lacks the tier: the caller then skips.
   bool use_tier(Tier tier) {
     ppl_set_P3_only(ctx, tier == Tier::p3);
-    return tier == Tier::p3 || has_sse2_tier();
+    return tier == Tier::p3 || has_tier(Tier::sse2);
   }
 
   PplContext *ctx = nullptr;

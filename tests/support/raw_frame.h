@@ -14,12 +14,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/test_hooks.h"
 #include "ppl.h"
 #include "support/context_test.h"
 #include "support/difference.h"
 #include "support/guarded_buffer.h"
-#include "support/processor.h"
+#include "support/machine.h"
 #include "support/x87.h"
 
 namespace ppl_test {
@@ -61,6 +60,25 @@ inline const char *name_of(Variant variant) {
 inline uint32_t stride_factor(Variant variant) {
   return variant == Variant::intp_1_4_stride ? 4 : variant == Variant::intp_1_2_stride ? 2 : 1;
 }
+// That of the variant in a context that has none. intp_1_4_stride asks for one that is refused.
+inline int32_t decimation_of(Variant variant) {
+  switch (variant) {
+    case Variant::deci_2_1:
+      return 1;
+    case Variant::intp_1_2:
+    case Variant::intp_1_2_stride:
+      return -1;
+    default:
+      return 0;
+  }
+}
+inline size_t scaled_length(size_t length, int32_t decimation) {
+  return decimation >= 0 ? length >> decimation : length << -decimation;
+}
+
+struct FrameSize {
+  uint32_t width, height;
+};
 
 inline RawEntry raw_entry(Format format, Variant variant) {
   static constexpr RawEntry entries[5][5] = {
@@ -226,9 +244,8 @@ class RawFrameTest : public ContextTest {
       }
     }
     const int32_t d = ppl_decimation(ctx);
-    const auto scaled = [d](size_t length) { return d >= 0 ? length >> d : length << -d; };
-    const size_t out_width = scaled(frame.width);
-    const size_t out_height = scaled(frame.height) + black_lines_in_force;
+    const size_t out_width = scaled_length(frame.width, d);
+    const size_t out_height = scaled_length(frame.height, d) + black_lines_in_force;
     GuardedBuffer source(size_t{stride} * (frame.height - 1) + std::max(stride, frame.width),
                          how.placement, how.source_alignment);
     GuardedBuffer output(picture_bytes(format, out_width, out_height) + how.bytes_behind,

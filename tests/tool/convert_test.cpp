@@ -13,7 +13,7 @@
 
 #include "base/md5.h"
 #include "pictures/file_formats.h"
-#include "platform/test_hooks.h"
+#include "testing/test_hooks.h"
 #include "tool/run_tool.h"
 
 namespace ppl_test {

@@ -14,7 +14,7 @@
 
 #include "kernels/chains/demosaic.inl.h"
 
-namespace ppl::TIER {
+namespace ppl::TARGET {
 namespace {
 
 struct SamplePlace {
@@ -49,7 +49,7 @@ template <bool odd_row>
 [[gnu::flatten]] void find_flat_cells(CellRow &cells, const uint8_t *const in[6], int width,
                                       Vec::type threshold) {
   constexpr const SamplePair(&pairs)[12] = odd_row ? odd_row_pairs : even_row_pairs;
-  for (int x = 0; x < width; x += Vec::bytes) {
+  for (int x = 0; x < width; x += Vec::size) {
     const auto sample = [&](SamplePlace at) { return Vec::load(in[2 + at.line] + x + at.column); };
     const auto difference = [&](int i) {
       const auto p = sample(pairs[i].p);
@@ -62,7 +62,7 @@ template <bool odd_row>
     };
     const auto largest =
         Vec::max_u8(Vec::max_u8(largest_of_four(0), largest_of_four(4)), largest_of_four(8));
-    const auto excess = columns<false>(Vec::subtract_saturated_u8(largest, threshold));
+    const auto excess = Vec::columns<false>(Vec::subtract_saturated_u8(largest, threshold));
     Vec::store(cells.mask + x, Vec::equal_words(excess, Vec::zero()));
   }
 }
@@ -70,7 +70,7 @@ template <bool odd_row>
 // `in` is lines r - 1 to r + 2.
 template <bool odd_row>
 [[gnu::flatten]] void average_cells(CellRow &cells, const uint8_t *const in[4], int width) {
-  for (int x = 0; x < width; x += Vec::bytes) {
+  for (int x = 0; x < width; x += Vec::size) {
     // VA averages lines r - 1 and r + 1, VB lines r and r + 2.
     const auto VA = [&](int column) {
       return Vec::average_u8(Vec::load(in[0] + x + column), Vec::load(in[2] + x + column));
@@ -84,50 +84,52 @@ template <bool odd_row>
     const auto B = Vec::average_u8(blue_rows(2), blue_rows(0));
     const auto G = Vec::average_u8(Vec::average_u8(blue_rows(1), blue_rows(-1)),
                                    Vec::average_u8(red_rows(2), red_rows(0)));
-    Vec::store(cells.rgb[0] + x, columns<false>(R));
-    Vec::store(cells.rgb[1] + x, columns<false>(G));
-    Vec::store(cells.rgb[2] + x, columns<false>(B));
+    Vec::store(cells.rgb[0] + x, Vec::columns<false>(R));
+    Vec::store(cells.rgb[1] + x, Vec::columns<false>(G));
+    Vec::store(cells.rgb[2] + x, Vec::columns<false>(B));
   }
 }
 
 // The cells' colour in place of the pixels', on either line of a cell row.
-void replace_flat_cells(const CellRow &cells, uint8_t *const line[3], int width) {
-  for (int x = 0; x < width; x += Vec::bytes) {
+inline void replace_flat_cells(const CellRow &cells, uint8_t *const line[3], int width) {
+  for (int x = 0; x < width; x += Vec::size) {
     const auto mask = Vec::load(cells.mask + x);
     for (int i = 0; i < 3; ++i) {
       const auto value = Vec::load(cells.rgb[i] + x);
-      Vec::store(line[i] + x, blend(mask, join_columns(value, value), Vec::load(line[i] + x)));
+      Vec::store(line[i] + x,
+                 Vec::blend(mask, Vec::join_columns(value, value), Vec::load(line[i] + x)));
     }
   }
 }
 
 // Keeps the last block's cells. Qualities 0 and 1 will find them.
-void leave_flat_cells(const CellRow &cells, Parameters &p, int width) {
-  const int last_block = (width - 1) / Vec::bytes * Vec::bytes;
-  store_words(p.flat_cell_mask.lane, Vec::load(cells.mask + last_block));
+inline void leave_flat_cells(const CellRow &cells, TierMemory &memory, int width) {
+  const int last_block = (width - 1) / block * block;
+  Block::store_words(memory.flat_cell_mask, Block::load(cells.mask + last_block));
   for (int i = 0; i < 3; ++i) {
-    store_words(p.flat_cell_rgb[i].lane, Vec::load(cells.rgb[i] + last_block));
+    Block::store_words(memory.flat_cell_rgb[i], Block::load(cells.rgb[i] + last_block));
   }
 }
 
-// What was left, in every block of the line. Required behaviour of qualities 0 and 1.
-void replace_stale_cells(const Parameters &p, uint8_t *const line[3], int width) {
-  const auto mask = load(p.flat_cell_mask);
+// What was left, in every block of the line of qualities 0 and 1. Meant so: docs/oddities.md,
+// "Stale flat cells".
+inline void replace_stale_cells(const TierMemory &memory, uint8_t *const line[3], int width) {
+  const auto mask = Vec::repeat_block(memory.flat_cell_mask);
   for (int i = 0; i < 3; ++i) {
-    const auto value = load(p.flat_cell_rgb[i]);
-    const auto pixels = join_columns(value, value);
-    for (int x = 0; x < width; x += Vec::bytes) {
-      Vec::store(line[i] + x, blend(mask, pixels, Vec::load(line[i] + x)));
+    const auto value = Vec::repeat_block(memory.flat_cell_rgb[i]);
+    const auto pixels = Vec::join_columns(value, value);
+    for (int x = 0; x < width; x += Vec::size) {
+      Vec::store(line[i] + x, Vec::blend(mask, pixels, Vec::load(line[i] + x)));
     }
   }
 }
 
-bool has_stale_cells(const Parameters &p) {
-  for (const int16_t lane : p.flat_cell_mask.lane) {
-    if (lane != 0) return true;
+inline bool has_stale_cells(const TierMemory &memory) {
+  for (int i = 0; i < block / 2; ++i) {
+    if (memory.flat_cell_mask[i] != 0) return true;
   }
   return false;
 }
 
 }  // namespace
-}  // namespace ppl::TIER
+}  // namespace ppl::TARGET

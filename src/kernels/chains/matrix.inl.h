@@ -3,8 +3,9 @@
 #pragma once
 
 #include "kernels/chains/demosaic.inl.h"
+#include "kernels/common/colour.inl.h"
 
-namespace ppl::TIER {
+namespace ppl::TARGET {
 namespace {
 
 // Pixels of the columns of one parity, a word each, and how strong their colour is.
@@ -13,18 +14,19 @@ struct Pixels {
 };
 
 // A register of pixels, parted by columns.
-struct PixelGroup {
+struct PixelColumns {
   Pixels even, odd;
 
   // |R - G| + |G - B| + |B - R| is twice the span, so its quarter is half the span.
-  PixelGroup(const ColourLines &in, int x, Vec::type span_limit) {
+  PixelColumns(const ColourLines &in, int x, Vec::type span_limit) {
     const auto r = Vec::load(in.r + x), g = Vec::load(in.g + x), b = Vec::load(in.b + x);
     const auto largest = Vec::max_u8(Vec::max_u8(r, g), b);
     const auto smallest = Vec::min_u8(Vec::min_u8(r, g), b);
     const auto span = Vec::min_u8(Vec::subtract_u8(largest, smallest), span_limit);
-    even = {columns<false>(r), columns<false>(g), columns<false>(b),
-            Vec::shift_right_words<1>(columns<false>(span))};
-    odd = {columns<true>(r), columns<true>(g), columns<true>(b), Vec::shift_right_words<9>(span)};
+    even = {Vec::columns<false>(r), Vec::columns<false>(g), Vec::columns<false>(b),
+            Vec::shift_right_words<1>(Vec::columns<false>(span))};
+    odd = {Vec::columns<true>(r), Vec::columns<true>(g), Vec::columns<true>(b),
+           Vec::shift_right_words<9>(span)};
   }
 };
 
@@ -35,58 +37,60 @@ enum class MatrixForm {
   grey,    // R, G and B are equal: the index is 0, and the bases of a row make one factor
 };
 
-// Three rows of slopes and bases.
+// Three rows of slopes and bases: each a word, twice in a double word, which spreads more quickly.
 struct AdaptiveMatrix {
-  const WordVector<TIER_BYTES> *slope;
-  Vec::type base[9];  // as the form wants them; of grey pixels' three factors
-  Vec::type rounding, span_limit;
+  int32_t slope[9];
+  int32_t base[9];  // as the form wants them; of grey pixels' three factors
+  int32_t rounding;
+  int span_limit;
   int shift;
   MatrixForm form;
 
-  AdaptiveMatrix(const WordVector<TIER_BYTES> *slopes, const WordVector<TIER_BYTES> *bases,
-                 const WordVector<TIER_BYTES> &row_rounding, int slope_shift, bool is_grey,
-                 const Parameters &p)
-      : slope(slopes), rounding(load(row_rounding)), shift(slope_shift) {
-    // The bound is kept as its complement.
-    const int bound = static_cast<uint16_t>(~p.index_mask_vec.lane[0]);
+  AdaptiveMatrix(const Matrix &slopes, const Matrix &bases, int16_t row_rounding, int slope_shift,
+                 bool is_grey, const Parameters &p)
+      : rounding(twice(row_rounding)), shift(slope_shift) {
+    const int bound = static_cast<uint16_t>(p.index_bound_vec);
     const int highest = bound < 127 ? bound : 127;
-    span_limit = Vec::bytes_all(2 * highest + 1);
+    span_limit = 2 * highest + 1;
     form = is_grey ? MatrixForm::grey : MatrixForm::folded;
     for (int i = 0; i < 9 && !is_grey; ++i) {
-      if (!folds(i, bases[i].lane[0], highest)) form = MatrixForm::plain;
+      if (!folds(slopes[i], bases[i], highest)) form = MatrixForm::plain;
     }
     for (int i = 0; i < 9; ++i) {
-      const int plain_base = bases[i].lane[0];
-      base[i] =
-          Vec::words(form == MatrixForm::folded ? (plain_base << shift) + half() : plain_base);
+      slope[i] = twice(slopes[i]);
+      base[i] = twice(form == MatrixForm::folded ? (bases[i] << shift) + half() : bases[i]);
     }
     for (int i = 0; i < 3 && is_grey; ++i) {
-      base[i] = Vec::add_words(Vec::add_words(base[3 * i], base[3 * i + 1]), base[3 * i + 2]);
+      base[i] = twice(bases[3 * i] + bases[3 * i + 1] + bases[3 * i + 2]);
     }
   }
 
  private:
   int half() const { return 1 << (shift - 1); }
 
-  bool folds(int i, int plain_base, int highest) const {
-    const int moved = highest * slope[i].lane[0] + half();
+  bool folds(int factor, int plain_base, int highest) const {
+    const int moved = highest * factor + half();
     const int at_zero = (plain_base << shift) + half();
     return is_word(moved) && is_word(at_zero) && is_word(moved + (plain_base << shift));
   }
   static bool is_word(int v) { return v == static_cast<int16_t>(v); }
+  // Its low 16 bits.
+  static int32_t twice(int v) {
+    return static_cast<int32_t>(static_cast<uint32_t>(v) << 16 | static_cast<uint16_t>(v));
+  }
 };
 
-// The matrix at work; `shift` is its slopes' scale against its bases. A copy, which no store can
-// alias.
+// The matrix at work, spread over registers; `shift` is its slopes' scale against its bases.
 template <int shift, MatrixForm form>
 struct AdaptiveRows {
   Vec::type slope[9], base[9];
   Vec::type rounding, span_limit;
 
-  explicit AdaptiveRows(const AdaptiveMatrix &m) : rounding(m.rounding), span_limit(m.span_limit) {
+  explicit AdaptiveRows(const AdaptiveMatrix &m)
+      : rounding(Vec::splat_dwords(m.rounding)), span_limit(Vec::splat_u8(m.span_limit)) {
     for (int i = 0; i < 9; ++i) {
-      slope[i] = load(m.slope[i]);
-      base[i] = m.base[i];
+      slope[i] = Vec::splat_dwords(m.slope[i]);
+      base[i] = Vec::splat_dwords(m.base[i]);
     }
   }
 
@@ -95,7 +99,7 @@ struct AdaptiveRows {
     if constexpr (form == MatrixForm::folded) {
       return Vec::shift_right_signed_words<shift>(Vec::add_words(moved, base[i]));
     } else {
-      const auto rounded = Vec::add_words(moved, Vec::words(1 << (shift - 1)));
+      const auto rounded = Vec::add_words(moved, Vec::splat_words(1 << (shift - 1)));
       return Vec::add_words(Vec::shift_right_signed_words<shift>(rounded), base[i]);
     }
   }
@@ -114,18 +118,6 @@ struct AdaptiveRows {
   }
 };
 
-// Bytes of both columns from words of either, clamped to 0..255.
-inline Vec::type join_clamped(Vec::type even, Vec::type odd) {
-  const auto packed = Vec::pack_u8(even, odd);
-  return Vec::interleave_low_u8(packed, Vec::swap_halves(packed));
-}
-
-// The same, as signed bytes.
-inline Vec::type join_signed(Vec::type even, Vec::type odd) {
-  const auto packed = Vec::pack_s8(even, odd);
-  return Vec::interleave_low_u8(packed, Vec::swap_halves(packed));
-}
-
 // Where U and V of a line go.
 enum class ChromaSites {
   none,          // odd lines: no chroma
@@ -135,29 +127,31 @@ enum class ChromaSites {
 
 // Luma, or a row of R, G and B, clamped to bytes.
 template <class Rows>
-Vec::type clamped_row(const Rows &rows, int row, const PixelGroup &pixels) {
-  return join_clamped(rows.apply(row, pixels.even, rows.rounding),
-                      rows.apply(row, pixels.odd, rows.rounding));
+Vec::type clamped_row(const Rows &rows, int row, const PixelColumns &pixels) {
+  return Vec::pack_columns_u8(rows.apply(row, pixels.even, rows.rounding),
+                              rows.apply(row, pixels.odd, rows.rounding));
 }
 
 // A chroma row of every pixel, as signed bytes.
 template <class Rows>
-Vec::type chroma_row(const Rows &rows, int row, const PixelGroup &pixels) {
-  return join_signed(rows.apply(row, pixels.even, Vec::words(32)),
-                     rows.apply(row, pixels.odd, Vec::words(32)));
+Vec::type chroma_row(const Rows &rows, int row, const PixelColumns &pixels) {
+  return Vec::pack_columns_s8(rows.apply(row, pixels.even, Vec::splat_words(32)),
+                              rows.apply(row, pixels.odd, Vec::splat_words(32)));
 }
 
-// Luma in the studio range, and chroma.
+// Luma in the studio range, and chroma. `out` holds as many lines as the sites need.
 template <ChromaSites sites, class Rows>
-void studio_line(uint8_t *y, uint8_t *u, uint8_t *v, ColourLines in, int width, const Rows &rows) {
-  for (int x = 0; x < width; x += Vec::bytes) {
-    const PixelGroup pixels(in, x, rows.span_limit);
+void studio_line(uint8_t *const out[3], ColourLines in, int width, const Rows &rows) {
+  uint8_t *const y = out[0], *const u = out[1], *const v = out[2];
+  for (int x = 0; x < width; x += Vec::size) {
+    const PixelColumns pixels(in, x, rows.span_limit);
     Vec::store(y + x, to_studio_luma(clamped_row(rows, 0, pixels)));
     if constexpr (sites == ChromaSites::even_columns) {
-      const auto chroma = to_studio_chroma(Vec::pack_s8(
-          rows.apply(1, pixels.even, Vec::words(32)), rows.apply(2, pixels.even, Vec::words(32))));
-      Vec::store_low_half(u + x / 2, chroma);
-      Vec::store_low_half(v + x / 2, Vec::swap_halves(chroma));
+      const auto chroma =
+          to_studio_chroma(Vec::pack_s8(rows.apply(1, pixels.even, Vec::splat_words(32)),
+                                        rows.apply(2, pixels.even, Vec::splat_words(32))));
+      Vec::store_low_halves(u + x / 2, chroma);
+      Vec::store_high_halves(v + x / 2, chroma);
     } else if constexpr (sites == ChromaSites::all) {
       Vec::store(u + x, chroma_row(rows, 1, pixels));
       Vec::store(v + x, chroma_row(rows, 2, pixels));
@@ -168,26 +162,28 @@ void studio_line(uint8_t *y, uint8_t *u, uint8_t *v, ColourLines in, int width, 
 // Luma in the full range and signed chroma of every pixel, for RGB output with enhancement.
 template <class Rows>
 void full_range_line(uint8_t *const out[3], ColourLines in, int width, const Rows &rows) {
-  for (int x = 0; x < width; x += Vec::bytes) {
-    const PixelGroup pixels(in, x, rows.span_limit);
-    Vec::store(out[0] + x, clamped_row(rows, 0, pixels));
-    Vec::store(out[1] + x, chroma_row(rows, 1, pixels));
-    Vec::store(out[2] + x, chroma_row(rows, 2, pixels));
+  uint8_t *const first = out[0], *const second = out[1], *const third = out[2];
+  for (int x = 0; x < width; x += Vec::size) {
+    const PixelColumns pixels(in, x, rows.span_limit);
+    Vec::store(first + x, clamped_row(rows, 0, pixels));
+    Vec::store(second + x, chroma_row(rows, 1, pixels));
+    Vec::store(third + x, chroma_row(rows, 2, pixels));
   }
 }
 
 // R, G and B. All three rows round alike.
 template <class Rows>
 void rgb_line(uint8_t *const out[3], ColourLines in, int width, const Rows &rows) {
-  for (int x = 0; x < width; x += Vec::bytes) {
-    const PixelGroup pixels(in, x, rows.span_limit);
-    Vec::store(out[0] + x, clamped_row(rows, 0, pixels));
-    Vec::store(out[1] + x, clamped_row(rows, 1, pixels));
-    Vec::store(out[2] + x, clamped_row(rows, 2, pixels));
+  uint8_t *const first = out[0], *const second = out[1], *const third = out[2];
+  for (int x = 0; x < width; x += Vec::size) {
+    const PixelColumns pixels(in, x, rows.span_limit);
+    Vec::store(first + x, clamped_row(rows, 0, pixels));
+    Vec::store(second + x, clamped_row(rows, 1, pixels));
+    Vec::store(third + x, clamped_row(rows, 2, pixels));
   }
 }
 
-// Bytes of a half line as words with their sign.
+// Bytes of either half of each block as words with their sign.
 inline Vec::type low_signed(Vec::type v) {
   return Vec::shift_right_signed_words<8>(Vec::interleave_low_u8(Vec::zero(), v));
 }
@@ -195,7 +191,7 @@ inline Vec::type high_signed(Vec::type v) {
   return Vec::shift_right_signed_words<8>(Vec::interleave_high_u8(Vec::zero(), v));
 }
 
-// Half a register of Y, U, V to R, G and B. Q7; sums saturate from left to right.
+// Words of Y, U, V to R, G and B. Q7; sums saturate from left to right.
 struct FullRangeToRgb {
   Vec::type r, g, b;
 
@@ -209,17 +205,17 @@ struct FullRangeToRgb {
 
  private:
   static Vec::type times(Vec::type chroma, int factor) {
-    return Vec::multiply_low(chroma, Vec::words(factor));
+    return Vec::multiply_low(chroma, Vec::splat_words(factor));
   }
   static Vec::type finish(Vec::type sum) {
-    return Vec::shift_right_signed_words<7>(Vec::add_saturated_words(sum, Vec::words(32)));
+    return Vec::shift_right_signed_words<7>(Vec::add_saturated_words(sum, Vec::splat_words(32)));
   }
 };
 
 // Y, U, V of a line to R, G, B, in place: R takes Y's line, G takes U's, B takes V's.
-[[gnu::flatten]] void full_range_to_rgb(uint8_t *const plane[3], const uint8_t *luma, int width) {
-  for (int x = 0; x < width; x += Vec::bytes) {
-    const auto Y = Vec::load(luma + x);
+[[gnu::flatten]] inline void full_range_to_rgb(uint8_t *const plane[3], int width) {
+  for (int x = 0; x < width; x += Vec::size) {
+    const auto Y = Vec::load(plane[0] + x);
     const auto U = Vec::load(plane[1] + x);
     const auto V = Vec::load(plane[2] + x);
     const FullRangeToRgb low(Vec::interleave_low_u8(Y, Vec::zero()), low_signed(U), low_signed(V));
@@ -232,4 +228,4 @@ struct FullRangeToRgb {
 }
 
 }  // namespace
-}  // namespace ppl::TIER
+}  // namespace ppl::TARGET

@@ -1,11 +1,10 @@
 // Quality 3: demosaic within the cell, constant colour matrix. Unscaled, in five formats.
 #pragma once
 
-#include "kernels/single/placement.inl.h"
+#include "kernels/passes.h"
 #include "kernels/single/sweep.inl.h"
-#include "kernels/tier.h"
 
-namespace ppl::TIER {
+namespace ppl::TARGET {
 namespace {
 
 // Sets a sink's planes to the two lines of line pair p.
@@ -13,28 +12,27 @@ template <bool mirrored>
 void aim(PlanarYuvSink<mirrored> &sink, const PplContext &ctx, const Buffers &b, int p) {
   const int last = mirrored ? ctx.out_width - 1 : 0;
   const int last_chroma = mirrored ? ctx.out_width / 2 - 1 : 0;
-  sink.plane[0] = b.dst + line_start(ctx, 2 * p, false) + last;
-  sink.plane[1] = b.dst + line_start(ctx, 2 * p + 1, false) + last;
+  for (int line = 0; line < 2; ++line) {
+    sink.plane[line] = b.dst + line_start(ctx, 2 * p + line, LineOrder::top_down) + last;
+  }
   // With both mirrors the chroma stands one line too low in memory: U's first line falls on the
-  // last line of Y, V's on the last of U. Required behaviour.
+  // last line of Y, V's on the last of U. Meant so: docs/oddities.md, "Displaced chroma".
   const int displaced = mirrored && ctx.v_mirror != 0 ? ctx.out_width / 2 : 0;
   sink.plane[2] = b.dst_chroma + chroma_line_start(ctx, p) - displaced + last_chroma;
   sink.plane[3] = sink.plane[2] + ctx.out_size_4;
 }
 
 template <class Sink>
-void aim_packed(Sink &sink, const PplContext &ctx, const Buffers &b, int p, bool bottom_up) {
+void aim_lines(Sink &sink, const PplContext &ctx, const Buffers &b, int p, LineOrder order) {
   const int last = Sink::mirrored ? ctx.out_width - 1 : 0;
   for (int line = 0; line < 2; ++line) {
-    const int start = line_start(ctx, 2 * p + line, bottom_up);
-    sink.plane[line] = b.dst + Sink::unit_bytes * (start + last);
+    sink.plane[line] = b.dst + Sink::unit_bytes * (line_start(ctx, 2 * p + line, order) + last);
   }
 }
 
-template <bool luma_first, bool mirrored>
-void aim(PackedYuvSink<luma_first, mirrored> &sink, const PplContext &ctx, const Buffers &b,
-         int p) {
-  aim_packed(sink, ctx, b, p, false);
+template <PackedOrder order, bool mirrored>
+void aim(PackedYuvSink<order, mirrored> &sink, const PplContext &ctx, const Buffers &b, int p) {
+  aim_lines(sink, ctx, b, p, LineOrder::top_down);
 }
 
 template <int pixel_bytes, bool mirrored>
@@ -45,30 +43,12 @@ void aim(RgbSink<pixel_bytes, mirrored> &sink, const PplContext &ctx, const Buff
     }
     return;
   }
-  aim_packed(sink, ctx, b, p, true);
-}
-
-// The size of a frame in whole cells, and whether its lattice is sampled.
-struct CellGrid {
-  int width, pairs;
-  bool collects;
-
-  explicit CellGrid(const PplContext &ctx)
-      : width(ctx.frame_width & ~1),
-        pairs(ctx.frame_height / 2),
-        collects(ctx.mean_collection != 0) {}
-
-  bool samples(int pair) const { return collects && pair % 2 != 0; }
-};
-
-LinePair line_pair(const PplContext &ctx, const Buffers &b, int p) {
-  uint8_t *const line = b.src + 2 * p * ctx.frame_stride;
-  return {{line, line + ctx.frame_stride}};
+  aim_lines(sink, ctx, b, p, LineOrder::bottom_up);
 }
 
 template <class Sink, Gathering gathering>
 void run_plain(PplContext &ctx, const Buffers &b) {
-  SinglePass<Sink, gathering> pass(ctx, parameters_of(ctx).front_end);
+  SinglePass<Sink, gathering> pass(ctx, ctx.params.curves);
   const CellGrid grid(ctx);
   for (int p = 0; p < grid.pairs; ++p) {
     aim(pass.sink, ctx, b, p);
@@ -83,7 +63,7 @@ void either_way(PplContext &ctx, const Buffers &b) {
   ctx.h_mirror != 0 ? mirrored(ctx, b) : straight(ctx, b);
 }
 
-constexpr bool rgb24_loses_mask = TIER_BYTES == 8;
+constexpr bool rgb24_loses_mask = block == p3_block;
 constexpr Gathering rgb24_gathering = {.judges_cells = true, .loses_mask = rgb24_loses_mask};
 
 // A pass for both directions, by its sinks.
@@ -91,10 +71,10 @@ template <class Straight, class Mirrored, Gathering gathering = Gathering{}>
 constexpr Pass plain = either_way<run_plain<Straight, gathering>, run_plain<Mirrored, gathering>>;
 
 constexpr Pass plain_i420 = plain<PlanarYuvSink<false>, PlanarYuvSink<true>>;
-constexpr Pass plain_yuyv = plain<PackedYuvSink<true, false>, PackedYuvSink<true, true>>;
-constexpr Pass plain_uyvy = plain<PackedYuvSink<false, false>, PackedYuvSink<false, true>>;
+template <PackedOrder order>
+constexpr Pass plain_packed = plain<PackedYuvSink<order, false>, PackedYuvSink<order, true>>;
 constexpr Pass plain_rgb24 = plain<RgbSink<3, false>, RgbSink<3, true>, rgb24_gathering>;
 constexpr Pass plain_rgb32 = plain<RgbSink<4, false>, RgbSink<4, true>>;
 
 }  // namespace
-}  // namespace ppl::TIER
+}  // namespace ppl::TARGET

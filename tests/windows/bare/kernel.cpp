@@ -1,11 +1,11 @@
 // All there is of an operating system: loads the driver as the system's loader would, runs it in
 // ring 0 on this very processor, and reports in lines of text.
-#include "frame/processor.h"
 #include "loader/driver_calls.h"
 #include "loader/golden_replay.h"
 #include "loader/kernel_functions.h"
 #include "loader/pe_file.h"
 #include "ppl.h"
+#include "processor/processor.h"
 
 namespace ppl_test {
 namespace {

@@ -72,11 +72,11 @@ TEST_F(Driver, UnloadReturnsZeroAndTakesNoContextAway) {
   EXPECT_NE(ppl_init(), context);
 }
 
-TEST_F(Driver, EightContextsStandOn16ByteBoundaries) {
+TEST_F(Driver, EightContextsStandOn64ByteBoundaries) {
   for (int i = 0; i < 8; ++i) {
     PplContext *const context = ppl_init();
     ASSERT_NE(context, nullptr);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(context) % 16, 0u);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(context) % 64, 0u);
   }
   EXPECT_EQ(ppl_init(), nullptr);
 }

@@ -25,7 +25,7 @@ class Golden : public testing::Test {
   }
 
   // Compares all cases of a tier, and what the calls left behind.
-  void replay(golden::Tier tier) {
+  void replay(Tier tier) {
     uint32_t cases = 0;
     measure_stack(true);
     for (uint32_t i = 0; i < golden::case_count; ++i) {
@@ -56,12 +56,12 @@ class Golden : public testing::Test {
 
 TEST_F(Golden, FramesOfTheP3TierAreRight) {
   if (!has_tier()) GTEST_SKIP() << "this processor has no tier";
-  replay(golden::Tier::p3);
+  replay(Tier::p3);
 }
 
 TEST_F(Golden, FramesOfTheSse2TierAreRight) {
   if (!has_tier() || !has_sse2_tier()) GTEST_SKIP() << "this processor has no SSE2 tier";
-  replay(golden::Tier::sse2);
+  replay(Tier::sse2);
 }
 
 // Emulated processors come with the tier that they must have in PPL_EXPECTED_TIER.

@@ -16,7 +16,7 @@ struct Loaded {
 #undef PPL_FUNCTION
 };
 
-class LoadedDll : public testing::TestWithParam<golden::Tier> {
+class LoadedDll : public testing::TestWithParam<Tier> {
  protected:
   void SetUp() override {
     library_ = LoadLibraryA("ppl.dll");
@@ -55,10 +55,8 @@ TEST_P(LoadedDll, GoldenFramesAreRight) {
   EXPECT_GT(cases, 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Tiers, LoadedDll, testing::Values(golden::Tier::p3, golden::Tier::sse2),
-                         [](const auto &tier) {
-                           return tier.param == golden::Tier::p3 ? "P3" : "SSE2";
-                         });
+INSTANTIATE_TEST_SUITE_P(Tiers, LoadedDll, testing::ValuesIn(both_tiers),
+                         [](const auto &tier) { return name_of(tier.param); });
 
 }  // namespace
 }  // namespace ppl_test
