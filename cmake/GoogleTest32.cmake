@@ -1,5 +1,6 @@
 # Debian's GoogleTest is there for 64 bit only; its source serves the rest, and compiled here it uses
 # no xmm register either.
+include(CompileTime)
 set(source /usr/src/googletest/googletest)
 if(NOT EXISTS ${source}/src/gtest-all.cc)
   message(FATAL_ERROR "No GoogleTest source in ${source}: install the package googletest")
@@ -10,6 +11,7 @@ add_library(gtest_main_32 STATIC ${source}/src/gtest_main.cc)
 target_include_directories(gtest_32 PRIVATE ${source})
 target_include_directories(gtest_32 SYSTEM PUBLIC ${source}/include)
 target_compile_options(gtest_32 PRIVATE -w)
+ppl_compile_quickly(gtest_32 gtest_main_32)
 target_link_libraries(gtest_32 PUBLIC Threads::Threads)
 target_link_libraries(gtest_main_32 PUBLIC gtest_32)
 add_library(GTest::gtest ALIAS gtest_32)
