@@ -56,7 +56,7 @@ object good_p3 '
   namespace { int twice(int x) { return 2 * x; } }
   extern "C" int four_times(int x) { return twice(twice(x)); }
   extern "C" unsigned long long per(unsigned long long x, unsigned long long y) { return x / y; }'
-for gate in no_weak_symbols no_initialisers freestanding no_floating_point no_xmm; do
+for gate in no_weak_symbols no_initialisers freestanding no_floating_point no_xmm no_avx machine_code; do
   accepts $gate good_p3.cpp.o
   refuses $gate 'no object file'
 done
@@ -93,6 +93,21 @@ object xmm_p3 '
 refuses no_xmm 'SSE2 tier: <f>' xmm_p3.cpp.o
 cp xmm_p3.cpp.o xmm_sse2.cpp.o
 accepts no_xmm good_p3.cpp.o xmm_sse2.cpp.o
+
+if [ "$bits" = 64 ]; then   # in 32 bit the assembler refuses them
+  object avx_sse2 '
+    extern "C" void f(int *to) { asm volatile("vmovdqu %%ymm1, (%0)" : : "r"(to) : "memory"); }'
+  refuses no_avx 'mno-avx: vmovdqu in <f>' avx_sse2.cpp.o
+  object vex_sse2 '
+    extern "C" void f() { asm volatile("vpaddw %xmm0, %xmm1, %xmm2"); }'
+  refuses no_avx 'vpaddw' vex_sse2.cpp.o
+fi
+
+echo 'extern "C" int f(int x) { return x; }' > later_p3.cpp
+"${compile[@]}" -flto -c later_p3.cpp -o later_p3.cpp.o
+refuses machine_code 'fno-lto' later_p3.cpp.o
+object nothing_p3 ''
+refuses machine_code 'is empty' nothing_p3.cpp.o
 
 compiler_refuses 'frame-larger-than' '
   void g(char *); void f() { char line[1100]; g(line); }'
@@ -140,6 +155,37 @@ refuses exports 'declare or hide them: .*third' surplus.so good.h list $cc
 refuses exports 'define them: second' missing.so good.h list $cc
 refuses exports 'add them there: second' both.so good.h short_list $cc
 refuses exports 'no declaration' both.so /dev/null list $cc
+
+# Two rooms, the upper one including the lower one.
+mkdir -p house/ground house/upper
+echo '#include "ppl.h"' > house/ground/a.h
+printf '#include "ground/a.h"\n#include "upper/c.h"\n' > house/upper/b.cpp
+echo '#pragma once' > house/upper/c.h
+row() { printf '| `src/%s/` | things | %s |\n' "$1" "$2"; }
+{ row ground nothing; row upper '`ground`'; } > map.md
+accepts rooms map.md house
+{ row ground nothing; row upper nothing; } > closed.md
+refuses rooms 'no way from upper down to ground' closed.md house
+{ row ground '`upper`'; row upper '`ground`'; } > upward.md
+refuses rooms 'stands above it' upward.md house
+{ row ground nothing; } > small.md
+refuses rooms 'src/upper is not on the map' small.md house
+{ row ground nothing; row upper '`ground`'; row attic nothing; } > large.md
+refuses rooms 'src/attic is on the map' large.md house
+echo '#include "b.cpp"' > house/upper/c.h
+refuses rooms 'without its room' map.md house
+refuses rooms 'no map of src' list house
+
+mkdir -p held/a named
+printf 'TEST(Suite, Case) {}\nTEST_P(Other,\n       Case) {}\n// TEST(Suite, Gone) {}\n' > held/a/a_test.cpp
+printf '### Heading\n`Suite.Case` and `Other.Case` in `a/a_test.cpp`\n' > page.md
+printf '// Meant so: docs/oddities.md,\n// "Heading".\n' > named/a.h
+accepts oddities page.md held named
+sed 's/Other.Case/Suite.Gone/' page.md > gone.md
+refuses oddities 'does not have.*Suite.Gone' gone.md held
+sed 's/### Heading/### Headline/' page.md > headline.md
+refuses oddities 'comments name headings.*Heading' headline.md held named
+refuses oddities 'names no test' /dev/null held
 
 if command -v clang-format > /dev/null; then
   mkdir tidy untidy
