@@ -61,7 +61,6 @@ Threads
 #define PPL_HPP
 
 #include <array>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -281,9 +280,8 @@ struct Plane {
    pitch and behind the last line nothing is written. */
 class Target {
  public:
-  template <class Bytes>
-  requires std::convertible_to<Bytes, std::span<uint8_t>> Target(Bytes &&bytes)
-      : whole_(std::forward<Bytes>(bytes)) {}
+  Target(std::span<uint8_t> bytes) : whole_(bytes) {}
+  Target(std::vector<uint8_t> &bytes) : whole_(bytes) {}
   Target(std::span<const Plane> planes);
   Target(std::initializer_list<Plane> planes);
 

@@ -220,7 +220,7 @@ void plan_video(Plan &plan, const VideoFormat &video, const Output &output) {
            " is refused: two fields have an even number of lines between them");
 
   // Smaller pictures are of whole pairs of pixels and, whatever the format, of lines.
-  const uint32_t unit = 2 << std::max(decimation, 0);
+  const uint32_t unit = 2u << std::max(decimation, 0);
   plan.width = rounded_down(video.width, unit);
   plan.height = rounded_down(video.height, unit);
   plan.library_format = output.format;

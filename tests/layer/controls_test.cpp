@@ -264,6 +264,15 @@ TEST_F(LayerControls, GammaAndContrastLeadTheirTables) {
   controls().reset("contrast_table");
   EXPECT_EQ(controls().get_bytes("contrast_table"), curve);
   EXPECT_EQ(controls().get_number("contrast_c"), 20);
+
+  // A reset also brings back what only they know.
+  controls().set("contrast_c", 0);
+  controls().set("contrast_xy", {0, 30});
+  controls().set("gamma", 0);
+  controls().set_bytes("rgb_gamma_table", Bytes(256, 9));
+  controls().reset();
+  EXPECT_EQ(controls().get("contrast_xy"), (Values{0, 0}));
+  EXPECT_EQ(ppl_nf20_12_gamma(pipeline->context(), nullptr, nullptr, nullptr), 1843);
 }
 
 TEST_F(LayerControls, FamiliesOfCurvesBelongToAllAndComeBack) {

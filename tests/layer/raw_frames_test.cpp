@@ -592,9 +592,13 @@ TEST_F(RawFrames, BuffersThatAreTooSmallAreRefusedAndLeftAlone) {
             "plane 2 has 1727 bytes: it takes 24 lines of 72 bytes, 72 bytes from line to line");
   EXPECT_EQ(planes(6912, 1728, 1728, 143),
             "the pitch 143 of plane 0 is refused: its lines take 144 bytes");
-  EXPECT_EQ(planes(6912, 1728, 1728, SIZE_MAX / 24),
+  // 47 of these are 1, modulo what a size can hold.
+  size_t wrapping_pitch = 47;
+  for (int i = 0; i < 6; ++i) wrapping_pitch *= 2 - 47 * wrapping_pitch;
+  ASSERT_EQ(wrapping_pitch * 47, 1u);
+  EXPECT_EQ(planes(6912, 1728, 1728, wrapping_pitch),
             "plane 0 has 6912 bytes: it takes 48 lines of 144 bytes, " +
-                std::to_string(SIZE_MAX / 24) + " bytes from line to line");
+                std::to_string(wrapping_pitch) + " bytes from line to line");
   EXPECT_EQ(sentence_of([&] {
               pipeline.process(frame, {{whole, 144}});
             }),
