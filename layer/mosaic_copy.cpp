@@ -15,14 +15,15 @@ void copy_bytes(uint8_t *to, const uint8_t *from, size_t width, unsigned) {
 }
 
 // The highest bits of words. Bits above those of the format, which ought to be 0, hold the sample
-// at full scale.
+// at full scale. In 16 bits all through, so that the compiler finds eight of them in a register.
 template <bool rounds>
 void copy_words(uint8_t *to, const uint8_t *from, size_t width, unsigned shift) {
-  const uint32_t half = rounds ? 1u << shift >> 1 : 0;
   for (size_t x = 0; x < width; ++x) {
-    const uint32_t word = static_cast<uint32_t>(from[2 * x] | from[2 * x + 1] << 8);
-    const uint32_t sample = (word + half) >> shift;
-    to[x] = static_cast<uint8_t>(sample < 255 ? sample : 255);
+    uint16_t word;
+    std::memcpy(&word, from + 2 * x, sizeof word);
+    const int half = rounds ? word >> (shift - 1) & 1 : 0;
+    const auto sample = static_cast<int16_t>((word >> shift) + half);
+    to[x] = static_cast<uint8_t>(std::min<int16_t>(sample, 255));
   }
 }
 
@@ -45,7 +46,14 @@ void copy_packed_10(uint8_t *to, const uint8_t *from, size_t width, unsigned) {
 // Two high bytes, then four low bits of each, those of the first sample lowest.
 template <bool rounds>
 void copy_packed_12(uint8_t *to, const uint8_t *from, size_t width, unsigned) {
-  for (size_t x = 0; x < width; x += 2, to += 2, from += 3) {
+  // Four samples of six bytes at a time, as long as eight can be read.
+  for (; !rounds && width >= 6; width -= 4, to += 4, from += 6) {
+    uint64_t bytes;
+    std::memcpy(&bytes, from, sizeof bytes);
+    const auto high = static_cast<uint32_t>((bytes & 0xFFFF) | (bytes >> 8 & 0xFFFF0000));
+    std::memcpy(to, &high, sizeof high);
+  }
+  for (; width > 0; width -= 2, to += 2, from += 3) {
     to[0] = rounds ? rounded_up(from[0], from[2] >> 3 & 1u) : from[0];
     to[1] = rounds ? rounded_up(from[1], from[2] >> 7) : from[1];
   }
