@@ -124,16 +124,19 @@ void Stream::take_size(uint32_t stride) {
   stride_ = stride;
 }
 
-// Flat cells of quality 10 or 11 stand in pictures of quality 0 and 1 that come after them on the
-// same context and tier, also if another stream left them.
-bool Stream::has_stale_cells(const Output &output) const {
-  return stale_cells_[tier_of(output) == Tier::p3 ? 0 : 1] && plan_.raw != nullptr &&
-         (output.quality == 0 || output.quality == 1);
+Stream::Memory &Stream::memory_of(const Output &output) {
+  return tier_of(output) == Tier::p3 ? p3_memory_ : sse2_memory_;
 }
 
-void Stream::forget_cells(const Output &output) {
+// Flat cells of quality 10 or 11 stand in pictures of quality 0 and 1 that come after them on the
+// same context and tier, and the statistics of the multi-pass qualities begin with samples of the
+// frame before; also where that was another stream's.
+void Stream::forget_earlier_frames(const Output &output) {
+  Memory &memory = memory_of(output);
+  const bool shows_cells = output.quality == 0 || output.quality == 1;
+  if (!plan_.raw || !(memory.is_anothers || (memory.has_cells && shows_cells))) return;
   run_frame_without_flat_cells(context_.get());
-  stale_cells_[tier_of(output) == Tier::p3 ? 0 : 1] = false;
+  memory = {.is_anothers = false};
 }
 
 void Stream::set_output(const Output &output) {
@@ -173,7 +176,7 @@ void Stream::apply(const Plan &plan, const Output &output) {
   output_ = output;
   ppl_set_P3_only(context, tier_of(output) == Tier::p3);
   ppl_set_mean_collection(context, output.statistics);
-  if (has_stale_cells(output)) forget_cells(output);
+  forget_earlier_frames(output);
   ppl_set_quality(context, output.quality);
   ppl_set_h_mirror(context, plan.mirrors.h);
   ppl_set_v_mirror(context, plan.mirrors.v);
@@ -283,8 +286,7 @@ void Stream::run_raw(std::span<const uint8_t> frame, bool may_change, const Targ
     return plan_.raw(context_.get(), source.samples, place, plan_.width, plan_.height,
                      source.stride);
   });
-  if (output_.quality == 10 || output_.quality == 11)
-    stale_cells_[tier() == Tier::p3 ? 0 : 1] = true;
+  if (output_.quality == 10 || output_.quality == 11) memory_of(output_).has_cells = true;
 }
 
 // ---- Packed video ----

@@ -75,8 +75,9 @@ class Stream {
   void require_tier(const Output &output) const;
   void take_size(uint32_t stride);
   void apply(const Plan &plan, const Output &output);
-  bool has_stale_cells(const Output &output) const;
-  void forget_cells(const Output &output);
+  struct Memory;
+  Memory &memory_of(const Output &output);
+  void forget_earlier_frames(const Output &output);
 
   PictureLines target_lines(const Target &target) const;
   uint8_t *place_for_library(const PictureLines &picture);
@@ -103,8 +104,12 @@ class Stream {
   AlignedBytes even_lines_, odd_lines_, reference_;
   bool has_reference_ = false;
 
-  // By tier: whether the cells that quality 10 or 11 left may show in quality 0 or 1.
-  bool stale_cells_[2] = {true, true};
+  // What a tier of the context keeps from frame to frame.
+  struct Memory {
+    bool is_anothers = true;  // an earlier stream's, for all that is known
+    bool has_cells = false;   // flat ones, of quality 10 or 11
+  };
+  Memory p3_memory_, sse2_memory_;
   uint64_t frames_ = 0;
   std::optional<Statistics> kept_statistics_;  // where the context's are no longer those of a frame
 };

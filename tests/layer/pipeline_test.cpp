@@ -213,6 +213,27 @@ TEST_F(LayerStatistics, ThereAreNoneBeforeAFrameNorInVideo) {
             "packed video has no statistics: take them from raw frames");
 }
 
+TEST_F(LayerStatistics, OfAFirstFrameDoNotDependOnEarlierStreams) {
+  for (const Tier tier : {Tier::p3, Tier::best})
+    for (const uint32_t quality : {0u, 2u, 11u, 14u}) {
+      const Output output{.quality = quality, .tier = tier};
+      const Bytes frame = noise(width * height, 5);
+      const auto first_frame = [&] {
+        Pipeline pipeline(bggr, output);
+        run_guarded(pipeline, frame);
+        return pipeline.statistics();
+      };
+      ppl::test_hooks::reload_pool();
+      const Statistics expected = first_frame();
+      for (const uint8_t level : {uint8_t{0}, uint8_t{100}}) {
+        run_plainly(Bytes(width * height, level), width, height, output);
+        const Statistics statistics = first_frame();
+        EXPECT_EQ(statistics.histograms, expected.histograms) << described(output);
+        EXPECT_EQ(statistics.qualified, expected.qualified) << described(output);
+      }
+    }
+}
+
 TEST_F(LayerStatistics, OutliveTheirPipelineAndAChangeOfItsOutput) {
   std::optional<Pipeline> pipeline(std::in_place, bggr, Output{.quality = 11});
   run_guarded(*pipeline, slope());
