@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "testing/test_hooks.h"
 #include "support/guarded_buffer.h"
 #include "support/machine.h"
 #include "support/random.h"
+#include "testing/test_hooks.h"
 
 namespace ppl_test {
 
